@@ -1,0 +1,39 @@
+# One interface target carries every compiler option; each of our targets links it privately.
+include_guard(GLOBAL)
+
+option(ZARN_WERROR "Treat warnings as errors (set by CI; a packager's newer compiler must not break)" OFF)
+set(ZARN_SANITIZE "" CACHE STRING "Sanitizers: empty, 'address;undefined' or 'thread'")
+option(ZARN_FUZZ "Build the fuzz targets (needs Clang)" OFF)
+
+add_library(zarn_options INTERFACE)
+target_compile_features(zarn_options INTERFACE cxx_std_20)
+target_include_directories(zarn_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/generated")
+target_compile_options(zarn_options INTERFACE
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -fstack-protector-strong)
+if(CMAKE_BUILD_TYPE MATCHES "Rel" AND NOT ZARN_SANITIZE)
+    target_compile_definitions(zarn_options INTERFACE _FORTIFY_SOURCE=2)
+endif()
+target_link_options(zarn_options INTERFACE -Wl,-z,relro,-z,now)
+if(ZARN_WERROR)
+    target_compile_options(zarn_options INTERFACE -Werror)
+endif()
+if(ZARN_SANITIZE)
+    list(JOIN ZARN_SANITIZE "," zarn_sanitizers)
+    target_compile_options(zarn_options INTERFACE
+        -fsanitize=${zarn_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
+    target_link_options(zarn_options INTERFACE -fsanitize=${zarn_sanitizers})
+endif()
+if(ZARN_FUZZ)
+    target_compile_options(zarn_options INTERFACE -fsanitize=fuzzer-no-link)
+    target_link_options(zarn_options INTERFACE -fsanitize=fuzzer-no-link)
+endif()
+
+# zarn_add_library(NAME [HEADERS ...] [SOURCES ...] [PUBLIC ...] [PRIVATE ...])
+# A static library whose headers are compiled on their own by the target
+# all_verify_interface_header_sets.
+function(zarn_add_library name)
+    cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    add_library(${name} STATIC ${arg_SOURCES})
+    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+    target_link_libraries(${name} PUBLIC zarn_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+endfunction()

@@ -1,0 +1,28 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/result.h"
+#include "platform/value.h"
+
+#include <string>
+#include <string_view>
+
+namespace zarn {
+
+/// JSON texts to values and back. Any thread.
+class JsonSerialization {
+public:
+    virtual ~JsonSerialization() = default;
+
+    /// Parses one JSON text, fragments (a bare number, string, true, null) allowed.
+    /// Malformed: bad syntax, text after the value, invalid UTF-8, an empty body, a number that no
+    /// double can hold, or nesting deeper than 512. Of equal keys the last one wins.
+    /// Whole numbers that fit become integers, all others doubles.
+    virtual Result<Value> parse(std::string_view utf8) const = 0;
+
+    /// Pretty-printed UTF-8. InvalidArgument: a date, data or non-finite number anywhere in the
+    /// value.
+    virtual Result<std::string> prettyPrinted(const Value& value) const = 0;
+};
+
+} // namespace zarn

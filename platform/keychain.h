@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/value.h"
+
+#include <cstdint>
+#include <optional>
+#include <string>
+
+namespace zarn {
+
+/// A keychain status code; 0 is success.
+using KeychainStatus = std::int32_t;
+
+namespace keychain_status {
+inline constexpr KeychainStatus success = 0;
+inline constexpr KeychainStatus userCanceled = -128;
+inline constexpr KeychainStatus notAvailable = -25291;
+inline constexpr KeychainStatus duplicateItem = -25299;
+inline constexpr KeychainStatus itemNotFound = -25300;
+/// The service is there but locked, slow or refusing. Deliberately has no message text.
+inline constexpr KeychainStatus interactionNotAllowed = -25308;
+} // namespace keychain_status
+
+/// A generic-password item. At most one exists per access group, service and account.
+struct KeychainItem {
+    std::string accessGroup;
+    std::string service;
+    std::string account;
+    Data secret;
+};
+
+/// Selects generic-password items. Without an account, the item of the service first written.
+struct KeychainQuery {
+    std::string accessGroup;
+    std::string service;
+    std::optional<std::string> account;
+    /// The native keychain has two databases; other backends have one and ignore the flag.
+    bool useDataProtectionKeychain = true;
+};
+
+struct KeychainMatch {
+    KeychainStatus status = keychain_status::itemNotFound;
+    /// Present exactly when status is 0.
+    std::optional<KeychainItem> item;
+};
+
+/// The user's keychain. Any thread. No call blocks longer than 10 s; one on the main thread lets
+/// the window go on painting meanwhile.
+class Keychain {
+public:
+    virtual ~Keychain() = default;
+
+    /// duplicateItem when access group, service and account are taken; nothing changes then.
+    virtual KeychainStatus add(const KeychainItem& item) = 0;
+    /// Replaces the secret of the first match; account and place stay. itemNotFound without one.
+    virtual KeychainStatus update(const KeychainQuery& query, const Data& secret) = 0;
+    /// The first match with its secret.
+    virtual KeychainMatch copyMatching(const KeychainQuery& query) = 0;
+
+    /// The text for a status, or nothing where there is none.
+    virtual std::optional<std::string> messageText(KeychainStatus status) const = 0;
+};
+
+} // namespace zarn

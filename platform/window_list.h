@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zarn {
+
+/// One window on screen. Either text may be missing.
+struct WindowRecord {
+    std::optional<std::string> ownerName;
+    std::optional<std::string> windowName;
+};
+
+/// The windows on screen, desktop elements excluded. Main thread only.
+class WindowList {
+public:
+    virtual ~WindowList() = default;
+    /// Windows of all programs, front to back where the display system tells; where it keeps them
+    /// private, the program's own only. Nothing only without a working display.
+    virtual std::optional<std::vector<WindowRecord>> onScreen() const = 0;
+};
+
+} // namespace zarn
