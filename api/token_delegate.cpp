@@ -1,0 +1,223 @@
+// SPDX-License-Identifier: MIT
+#include "api/token_delegate.h"
+
+#include "api/alert_display.h"
+#include "api/bundle_texts.h"
+#include "api/endpoint_url.h"
+#include "api/server_version.h"
+#include "log/write_to_log.h"
+#include "platform/clock.h"
+#include "platform/json.h"
+#include "platform/settings.h"
+
+namespace zarn {
+
+namespace {
+
+bool isSuccess(int status)
+{
+    return status >= 200 && status <= 299;
+}
+
+// The shape of a reply without its texts: one of them may be a token.
+Value withoutTexts(const Value& value)
+{
+    if (const auto* text = value.string())
+        return "(" + std::to_string(text->size()) + " bytes of text)";
+    if (const auto* array = value.array()) {
+        Value::Array shape;
+        for (const auto& member : *array)
+            shape.push_back(withoutTexts(member));
+        return shape;
+    }
+    if (const auto* dictionary = value.dictionary()) {
+        Value::Dictionary shape;
+        for (const auto& [key, member] : *dictionary)
+            shape[key] = withoutTexts(member);
+        return shape;
+    }
+    return value;
+}
+
+std::string describeOptional(const Result<Value>& parsed)
+{
+    // A hostile server must not fill the disk through the log.
+    constexpr std::size_t longest = 4096;
+    if (!parsed)
+        return "nil";
+    auto text = describe(withoutTexts(parsed.value()));
+    if (text.size() > longest)
+        text = text.substr(0, longest) + "...";
+    return "Optional(" + text + ")";
+}
+
+} // namespace
+
+UrlSessionConfiguration TokenDelegate::tokenConfiguration(
+    bool apiClient, const std::string& credentials) const
+{
+    UrlSessionConfiguration configuration;
+    configuration.storage = UrlSessionConfiguration::Storage::Ephemeral;
+    auto& headers = configuration.additionalHeaders;
+    if (apiClient) {
+        headers.emplace_back("Content-Type", "application/x-www-form-urlencoded");
+    } else {
+        headers.emplace_back("Authorization", "Basic " + credentials);
+        // Sent although there is no body: the server's front end wants it.
+        headers.emplace_back("Content-Type", "application/json");
+    }
+    headers.emplace_back("Accept", "application/json");
+    headers.emplace_back("User-Agent", m_deps.texts.userAgentText());
+    return configuration;
+}
+
+void TokenDelegate::getToken(
+    const std::string& serverUrl, const std::string& credentials, ValidationCompletion completion)
+{
+    const bool forceBasic = m_deps.standardDefaults.integer("forceBasicAuth") == 1;
+    m_deps.log.writeEntry("[TokenDelegate.getToken] Force basic authentication on " + serverUrl
+        + ": " + (forceBasic ? "true" : "false"));
+    m_deps.sessions.removeAllCachedResponses();
+    const bool apiClient = m_deps.connection.useApiClient == 1;
+    const auto endpoint
+        = collapseApiSlashes(serverUrl + (apiClient ? "/api/oauth/token" : "/api/v1/auth/token"));
+    const auto url = Url::fromText(endpoint);
+    if (!url) {
+        m_deps.log.writeEntry(
+            "[TokenDelegate.getToken] Problem constructing the URL from " + endpoint);
+        completion(500, "failed");
+        return;
+    }
+    UrlRequest request{*url, "POST"};
+    m_deps.log.writeEntry("[TokenDelegate.getToken] Attempting to retrieve token from "
+        + url->text() + " for version look-up");
+    if (apiClient) {
+        // Id and secret go in verbatim: servers in use expect them without form encoding.
+        request.body = "grant_type=client_credentials&client_id=" + m_deps.connection.username
+            + "&client_secret=" + m_deps.connection.password;
+    }
+    const auto session
+        = m_deps.sessions.makeSession(tokenConfiguration(apiClient, credentials), *this);
+    session->dataTask(request,
+        [self = shared_from_this(), session,
+            asked = TokenRequest{apiClient,
+                {forceBasic, serverUrl, credentials, std::move(completion), 0}}](
+            const std::optional<HttpResponse>& response) {
+            session->finishTasksAndInvalidate();
+            self->handleTokenReply(asked, response);
+        });
+}
+
+void TokenDelegate::handleTokenReply(
+    const TokenRequest& request, const std::optional<HttpResponse>& response)
+{
+    auto& connection = m_deps.connection;
+    if (!response) {
+        connection.bearerTokenActive = false;
+        request.context.completion(0, "failedToConnect");
+        return;
+    }
+    if (!isSuccess(response->status)) {
+        connection.bearerTokenActive = false;
+        request.context.completion(response->status, "failedToAuthenticate");
+        return;
+    }
+    const auto parsed = m_deps.json.parse(response->body);
+    const auto* reply = parsed ? parsed.value().dictionary() : nullptr;
+    if (!reply) {
+        m_deps.log.writeEntry("[TokenDelegate.getToken] JSON error.\n" + describeOptional(parsed));
+        connection.bearerTokenActive = false;
+        request.context.completion(response->status, "failed");
+        return;
+    }
+    TokenRequest answered = request;
+    answered.context.tokenReplyStatus = response->status;
+    adoptToken(answered, *reply);
+}
+
+void TokenDelegate::adoptToken(const TokenRequest& request, const Value::Dictionary& reply)
+{
+    auto& connection = m_deps.connection;
+    const auto& context = request.context;
+    connection.bearerTokenActive = true;
+    // A reply without a token counts as success all the same, with an empty token.
+    connection.token
+        = stringMember(reply, request.apiClient ? "access_token" : "token").value_or("");
+    connection.authScheme = "Bearer";
+    connection.base64Creds = context.credentials;
+    connection.tokenCreated = m_deps.clock.now();
+    m_deps.log.writeEntry("[TokenDelegate.getToken] new token created for " + context.serverUrl);
+    if (connection.serverVersion.empty()) {
+        probeVersion(context);
+        return;
+    }
+    // The version is asked for once in a process; its choice of scheme stays in force for all
+    // servers.
+    if (connection.authScheme == "Bearer")
+        m_deps.log.writeEntry(
+            "[TokenDelegate.getVersion] call token refresh process for " + context.serverUrl);
+    context.completion(200, "success");
+}
+
+void TokenDelegate::probeVersion(VersionContext context)
+{
+    const ApiCall call{
+        context.serverUrl, "zarn-pro-version", "", {}, m_deps.connection.token, "GET"};
+    action(call,
+        [self = shared_from_this(), context = std::move(context)](
+            const Value::Dictionary& result) { self->getVersion(result, context); });
+}
+
+void TokenDelegate::getVersion(const Value::Dictionary& result, const VersionContext& context)
+{
+    const auto version = stringMember(result, "version");
+    if (!version) {
+        versionFailed(context);
+        return;
+    }
+    // An empty version, and one of fewer than three parts, end without telling anybody.
+    if (version->empty())
+        return;
+    auto& connection = m_deps.connection;
+    m_deps.log.writeEntry("[TokenDelegate.getVersion] Zarn Pro Version: " + *version);
+    connection.serverVersion = *version;
+    const auto parts = ServerVersion::parse(*version);
+    if (!parts)
+        return;
+    connection.versionMajor = parts->major;
+    connection.versionMinor = parts->minor;
+    connection.versionPatch = parts->patch;
+    if (parts->build)
+        connection.versionBuild = *parts->build;
+    if (parts->selectsBearer() && !context.forceBasic) {
+        connection.authScheme = "Bearer";
+        connection.bearerTokenActive = true;
+        m_deps.log.writeEntry(
+            "[TokenDelegate.getVersion] " + context.serverUrl + " set to use Bearer Token");
+    } else {
+        setBasic(context);
+    }
+    context.completion(200, "success");
+}
+
+void TokenDelegate::setBasic(const VersionContext& context)
+{
+    auto& connection = m_deps.connection;
+    connection.authScheme = "Basic";
+    connection.bearerTokenActive = false;
+    connection.token = context.credentials;
+    m_deps.log.writeEntry(
+        "[TokenDelegate.getVersion] " + context.serverUrl + " set to use Basic Authentication");
+}
+
+void TokenDelegate::versionFailed(const VersionContext& context)
+{
+    m_deps.log.writeEntry(
+        "[TokenDelegate.getToken] failed to get version information from " + context.serverUrl);
+    m_deps.connection.bearerTokenActive = false;
+    m_deps.alerts.display(
+        "Attention", "Failed to get version information from " + context.serverUrl, "");
+    context.completion(context.tokenReplyStatus, "failed");
+}
+
+} // namespace zarn

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "api/connection_state.h"
+#include "platform/url_session.h"
+#include "platform/value.h"
+
+#include <functional>
+#include <memory>
+#include <string>
+
+namespace zarn {
+
+class AlertDisplay;
+class BundleTexts;
+class Clock;
+class Console;
+class JsonSerialization;
+class SettingsDomain;
+class WriteToLog;
+
+using ApiCompletion = std::function<void(const Value::Dictionary& result)>;
+
+/// One call of the server's API.
+struct ApiCall {
+    std::string serverUrl;
+    /// Below the API root, without a leading "/".
+    std::string endpoint;
+    /// "" and "0" mean none.
+    std::string id;
+    /// Empty: no body.
+    Value::Dictionary data;
+    std::string token;
+    /// "get", "create", "post", "skip" in any case; every other word sends "PUT".
+    std::string method;
+};
+
+/// The server client: proves credentials by requesting a token, and calls the API. Main thread
+/// only. The sessions it makes use it as their delegate; it answers no challenge, so that
+/// certificates are verified as the system does. It outlives its requests because they share it.
+class TokenDelegate final : public UrlSessionDelegate,
+                            public std::enable_shared_from_this<TokenDelegate> {
+public:
+    struct Deps {
+        ConnectionState& connection;
+        UrlSessions& sessions;
+        const JsonSerialization& json;
+        const SettingsDomain& standardDefaults;
+        const BundleTexts& texts;
+        const Clock& clock;
+        WriteToLog& log;
+        AlertDisplay& alerts;
+        Console& console;
+    };
+    explicit TokenDelegate(const Deps& deps)
+        : m_deps(deps)
+    {
+    }
+
+    /// Asks for a token with the credentials of the connection state (`credentials` is their Base64
+    /// form) and, the first time in the process, for the server's version. The outcome comes
+    /// through `completion`: (500, "failed") at once when no URL can be formed, else later. A
+    /// server version that is empty or has fewer than three parts ends without a call.
+    void getToken(const std::string& serverUrl, const std::string& credentials,
+        ValidationCompletion completion);
+
+    /// Sends one call and hands back the server's object, or one that tells what went wrong.
+    /// A URL that cannot be formed stops the process.
+    void action(const ApiCall& call, ApiCompletion completion);
+
+    /// What a version reply is judged by, besides itself.
+    struct VersionContext {
+        bool forceBasic = false;
+        std::string serverUrl;
+        std::string credentials;
+        ValidationCompletion completion;
+        int tokenReplyStatus = 0;
+    };
+    /// Reads the version from the reply and chooses between Basic and Bearer.
+    void getVersion(const Value::Dictionary& result, const VersionContext& context);
+
+private:
+    struct TokenRequest {
+        bool apiClient = false;
+        VersionContext context;
+    };
+    UrlSessionConfiguration tokenConfiguration(
+        bool apiClient, const std::string& credentials) const;
+    void handleTokenReply(const TokenRequest& request, const std::optional<HttpResponse>& response);
+    void adoptToken(const TokenRequest& request, const Value::Dictionary& reply);
+    void probeVersion(VersionContext context);
+    void handleActionReply(const ApiCall& call, const UrlRequest& request,
+        const HttpResponse& response, const ApiCompletion& completion);
+    void versionFailed(const VersionContext& context);
+    void setBasic(const VersionContext& context);
+
+    Deps m_deps;
+};
+
+} // namespace zarn

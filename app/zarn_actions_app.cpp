@@ -1,0 +1,87 @@
+// SPDX-License-Identifier: MIT
+#include "app/zarn_actions_app.h"
+
+#include "api/token_delegate.h"
+#include "app/about_vc.h"
+#include "app/tou_vc.h"
+#include "platform/application.h"
+#include "platform/fatal.h"
+#include "platform/serial_queue.h"
+#include "platform/settings.h"
+#include "platform/storyboard.h"
+#include "profiles/credentials.h"
+#include "profiles/login_vc.h"
+
+#include <chrono>
+
+namespace zarn {
+
+ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& texts)
+    : m_services(services)
+    , m_bundleTexts(services.bundle)
+    , m_domains(services.settings)
+    , m_logFile({services.fileManager, services.clock, services.dateFormatter})
+    , m_log(m_logFile)
+    , m_appearance(services.settings.standard(), texts)
+    , m_alert({services.alertRunner, services.application, services.workspace,
+          texts.updateCheckPageUrl})
+    , m_versionCheck(
+          {services.urlSessions, services.bundle, services.textServices, texts.updateCheckPageUrl})
+    , m_delegate({services.application, services.bundle, services.fileManager, m_logFile, m_alert,
+          services.storyboards, m_versionCheck, services.windowList, services.workspace})
+{
+}
+
+ZarnActionsApp::~ZarnActionsApp()
+{
+    if (m_keychainQueue)
+        m_keychainQueue->drain(std::chrono::seconds(10));
+}
+
+int ZarnActionsApp::run()
+{
+    auto* storyboard = m_services.storyboards.storyboard("Main");
+    if (!storyboard)
+        fatalError("the bundle has no storyboard \"Main\"");
+    storyboard->setViewControllerFactory(
+        [this](std::string_view customClass) { return makeViewController(customClass); });
+    return m_services.application.run(m_delegate);
+}
+
+std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_view customClass)
+{
+    if (customClass == "LoginVC")
+        return std::make_unique<LoginVC>(LoginVC::Deps{m_connection, m_domains, m_services.clock,
+            m_services.textServices, m_logFile, m_log, m_alert, m_services.application,
+            m_services.console, m_services.notificationCenter, [this] { return makeCredentials(); },
+            [this] { return makeTokenDelegate(); }});
+    if (customClass == "AboutVC")
+        return std::make_unique<AboutVC>(
+            AboutVC::Deps{m_appearance, m_bundleTexts, m_services.notificationCenter});
+    if (customClass == "ToUVC")
+        return std::make_unique<ToUVC>(
+            ToUVC::Deps{m_appearance, m_domains.standardDefaults(), m_services.application});
+    return nullptr;
+}
+
+std::shared_ptr<TokenDelegate> ZarnActionsApp::makeTokenDelegate()
+{
+    return std::make_shared<TokenDelegate>(TokenDelegate::Deps{m_connection, m_services.urlSessions,
+        m_services.json, m_domains.standardDefaults(), m_bundleTexts, m_services.clock, m_log,
+        m_alert, m_services.console});
+}
+
+std::shared_ptr<Credentials> ZarnActionsApp::makeCredentials()
+{
+    return std::make_shared<Credentials>(
+        Credentials::Deps{m_services.keychain, keychainQueue(), m_logFile, m_connection});
+}
+
+SerialQueue& ZarnActionsApp::keychainQueue()
+{
+    if (!m_keychainQueue)
+        m_keychainQueue = m_services.serialQueues.make(keychainQueueLabel);
+    return *m_keychainQueue;
+}
+
+} // namespace zarn

@@ -1,0 +1,62 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "api/bundle_texts.h"
+#include "api/connection_state.h"
+#include "app/app_delegate.h"
+#include "app/appearance.h"
+#include "app/my_alert.h"
+#include "log/write_to_log.h"
+#include "platform/product_texts.h"
+#include "platform/services.h"
+#include "profiles/profile_store.h"
+#include "update/version_check.h"
+
+#include <memory>
+#include <string_view>
+
+namespace zarn {
+
+class SerialQueue;
+class TokenDelegate;
+class ViewController;
+class Credentials;
+
+/// Everything that exists once per process, wired together. A test that makes one has a fresh
+/// process. Destroying it drains the keychain queue, 10 s at most. Main thread only.
+class ZarnActionsApp {
+public:
+    ZarnActionsApp(const Services& services, const ProductTexts& texts);
+    ~ZarnActionsApp();
+    ZarnActionsApp(const ZarnActionsApp&) = delete;
+    ZarnActionsApp& operator=(const ZarnActionsApp&) = delete;
+
+    /// Hands control to the platform's application loop; the exit code of the process.
+    int run();
+
+    /// The controller of a storyboard's custom class; nullptr for an unknown one.
+    std::unique_ptr<ViewController> makeViewController(std::string_view customClass);
+    AppDelegate& delegate() { return m_delegate; }
+    ConnectionState& connection() { return m_connection; }
+    LogFile& logFile() { return m_logFile; }
+
+private:
+    std::shared_ptr<TokenDelegate> makeTokenDelegate();
+    std::shared_ptr<Credentials> makeCredentials();
+    SerialQueue& keychainQueue();
+
+    Services m_services;
+    ConnectionState m_connection;
+    BundleTexts m_bundleTexts;
+    SettingsDomains m_domains;
+    LogFile m_logFile;
+    WriteToLog m_log;
+    Appearance m_appearance;
+    MyAlert m_alert;
+    VersionCheck m_versionCheck;
+    AppDelegate m_delegate;
+    // Last, so that it ends first: its work uses what stands above.
+    std::unique_ptr<SerialQueue> m_keychainQueue;
+};
+
+} // namespace zarn

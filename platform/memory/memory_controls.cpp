@@ -1,0 +1,67 @@
+// SPDX-License-Identifier: MIT
+#include "platform/memory/memory_controls.h"
+
+#include <algorithm>
+#include <set>
+
+namespace zarn::memory {
+
+void MemoryPopUpButton::removeAllItems()
+{
+    m_items.clear();
+    m_selected.reset();
+}
+
+void MemoryPopUpButton::addItem(std::string_view title)
+{
+    std::erase(m_items, std::optional<std::string>(title));
+    m_items.emplace_back(std::string(title));
+    if (m_items.size() == 1)
+        m_selected = std::string(title);
+}
+
+void MemoryPopUpButton::addItems(const std::vector<std::string>& titles)
+{
+    // Of equal titles the last one stays, which is where adding one by one would have moved it.
+    std::set<std::string_view> added(titles.begin(), titles.end());
+    std::erase_if(m_items, [&](const auto& item) { return item && added.contains(*item); });
+    const auto start = static_cast<std::ptrdiff_t>(m_items.size());
+    for (auto it = titles.rbegin(); it != titles.rend(); ++it) {
+        if (added.erase(*it) == 1)
+            m_items.emplace_back(*it);
+    }
+    std::reverse(m_items.begin() + start, m_items.end());
+    if (start == 0 && !titles.empty())
+        m_selected = titles.front();
+}
+
+void MemoryPopUpButton::removeItem(std::string_view title)
+{
+    std::erase(m_items, std::optional<std::string>(title));
+    if (m_selected == title)
+        m_selected.reset();
+}
+
+void MemoryPopUpButton::selectItem(std::string_view title)
+{
+    const auto wanted = std::optional<std::string>(title);
+    if (std::find(m_items.begin(), m_items.end(), wanted) != m_items.end())
+        m_selected = wanted;
+    else
+        m_selected.reset();
+}
+
+std::vector<std::string> MemoryPopUpButton::itemTitles() const
+{
+    std::vector<std::string> titles;
+    for (const auto& item : m_items)
+        titles.push_back(item.value_or(""));
+    return titles;
+}
+
+void MemoryPopUpButton::insertSeparator(std::size_t index)
+{
+    m_items.insert(m_items.begin() + static_cast<std::ptrdiff_t>(index), std::nullopt);
+}
+
+} // namespace zarn::memory

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/file_manager.h"
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+namespace zarn::memory {
+
+/// Files in memory, by full path. Records "create", "open", "list" and "remove" with the path.
+class MemoryFileManager final : public FileManager {
+public:
+    explicit MemoryFileManager(std::vector<std::string>& events)
+        : m_events(events)
+    {
+    }
+
+    std::string homeDirectory() const override { return home; }
+    bool fileExists(const std::string& path) const override;
+    bool createFile(const std::string& path) override;
+    std::unique_ptr<FileHandle> openForUpdating(const std::string& path) override;
+    Result<std::vector<std::string>> contentsOfDirectory(const std::string& path) const override;
+    Status removeItem(const std::string& path) override;
+
+    std::string home = "/home/test";
+    std::map<std::string, std::string> files;
+    /// Folders that exist without a file in them.
+    std::set<std::string> folders;
+    bool listingFails = false;
+    bool creatingFails = false;
+    /// Paths that cannot be removed, with the error's description.
+    std::map<std::string, std::string> stuck;
+
+private:
+    std::vector<std::string>& m_events;
+};
+
+} // namespace zarn::memory

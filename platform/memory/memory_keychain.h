@@ -1,0 +1,42 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/keychain.h"
+
+#include <functional>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+namespace zarn::memory {
+
+/// A keychain in memory, in the order of writing. Records calls as "add ...", "update ...", "copy
+/// ...".
+class MemoryKeychain final : public Keychain {
+public:
+    explicit MemoryKeychain(std::vector<std::string>& events)
+        : m_events(events)
+    {
+    }
+
+    KeychainStatus add(const KeychainItem& item) override;
+    KeychainStatus update(const KeychainQuery& query, const Data& secret) override;
+    KeychainMatch copyMatching(const KeychainQuery& query) override;
+    std::optional<std::string> messageText(KeychainStatus status) const override;
+
+    std::vector<KeychainItem> items;
+    std::vector<KeychainQuery> queries;
+    /// When set, the call fails with this status and changes nothing.
+    KeychainStatus addStatus = keychain_status::success;
+    KeychainStatus updateStatus = keychain_status::success;
+    KeychainStatus copyStatus = keychain_status::success;
+
+private:
+    KeychainItem* firstMatch(const KeychainQuery& query);
+
+    std::vector<std::string>& m_events;
+    mutable std::mutex m_mutex;
+};
+
+} // namespace zarn::memory

@@ -1,0 +1,135 @@
+// SPDX-License-Identifier: MIT
+#include "profiles/credentials.h"
+
+#include "api/connection_state.h"
+#include "log/write_to_log.h"
+#include "platform/keychain.h"
+#include "platform/serial_queue.h"
+#include "platform/utf8.h"
+
+namespace zarn {
+
+namespace {
+
+Data bytesOf(const std::string& text)
+{
+    return {text.begin(), text.end()};
+}
+
+std::optional<std::string> textOf(const Data& bytes)
+{
+    std::string text(bytes.begin(), bytes.end());
+    return isUtf8(text) ? std::optional(text) : std::nullopt;
+}
+
+KeychainQuery queryFor(const std::string& itemName)
+{
+    return {std::string(keychainAccessGroup), itemName, std::nullopt, true};
+}
+
+} // namespace
+
+std::string Credentials::itemNameFor(const std::string& service) const
+{
+    if (service == currentProfileService)
+        return service;
+    const auto prefix = m_deps.connection.useApiClient == 1 ? apiClientItemPrefix : userItemPrefix;
+    return std::string(prefix) + service;
+}
+
+void Credentials::writeEntry(const std::string& message)
+{
+    WriteToLog(m_deps.log).writeEntry(message);
+}
+
+void Credentials::save(
+    const std::string& service, const std::string& account, const std::string& secret)
+{
+    if (service.empty())
+        return;
+    m_keychainItemName = itemNameFor(service);
+    if (!isUtf8(secret))
+        return;
+    m_deps.keychainQueue.async([self = shared_from_this(), account, secret, service] {
+        self->writeKeychainItem(account, secret, service);
+    });
+}
+
+void Credentials::writeKeychainItem(
+    const std::string& account, const std::string& secret, const std::string& service)
+{
+    const auto existing = checkExisting(m_keychainItemName, account);
+    if (existing.empty()) {
+        addItem(account, secret, service);
+        return;
+    }
+    if (const auto it = existing.find(account); it != existing.end() && it->second == secret)
+        return;
+    updateItem(account, secret, service);
+}
+
+void Credentials::updateItem(
+    const std::string& account, const std::string& secret, const std::string& service)
+{
+    // Without the account on purpose: the first item of the service is the one that is read back.
+    const auto status = m_deps.keychain.update(queryFor(m_keychainItemName), bytesOf(secret));
+    if (status == keychain_status::success)
+        return;
+    // Meant as it stands: a success is silent, and a failure without a text reads like one.
+    const bool hasText = m_deps.keychain.messageText(status).has_value();
+    writeEntry("keychain item for service " + service + ", account " + account
+        + (hasText ? ", failed to update." : ", has been updated."));
+}
+
+void Credentials::addItem(
+    const std::string& account, const std::string& secret, const std::string& service)
+{
+    const auto status = m_deps.keychain.add(
+        {std::string(keychainAccessGroup), m_keychainItemName, account, bytesOf(secret)});
+    if (status == keychain_status::success)
+        return;
+    if (const auto text = m_deps.keychain.messageText(status))
+        writeEntry(
+            "Write failed for service " + service + ", account " + account + ": " + *text + ".");
+}
+
+AccountMap Credentials::checkExisting(const std::string& itemName, const std::string& account)
+{
+    m_userPassDict.clear();
+    auto query = queryFor(itemName);
+    query.account = account;
+    // The only query that leaves the choice of the database to the system: keep it that way,
+    // entries may be in either.
+    query.useDataProtectionKeychain = false;
+    const auto match = m_deps.keychain.copyMatching(query);
+    if (match.status == keychain_status::itemNotFound)
+        writeEntry(
+            "[credentials.checkExisting] lookup error occurred: " + std::to_string(match.status));
+    if (match.status != keychain_status::success || !match.item)
+        return {};
+    const auto secret = textOf(match.item->secret);
+    if (!secret)
+        return {};
+    m_userPassDict[account] = *secret;
+    return m_userPassDict;
+}
+
+AccountMap Credentials::retrieve(const std::string& service)
+{
+    m_keychainItemName = itemNameFor(service);
+    return lookupItem(m_keychainItemName);
+}
+
+AccountMap Credentials::lookupItem(const std::string& itemName)
+{
+    const auto match = m_deps.keychain.copyMatching(queryFor(itemName));
+    if (match.status != keychain_status::success || !match.item)
+        return {};
+    const auto secret = textOf(match.item->secret);
+    if (!secret)
+        return {};
+    m_userPassDict[match.item->account] = *secret;
+    return m_userPassDict;
+}
+
+} // namespace zarn

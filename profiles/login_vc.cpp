@@ -1,0 +1,219 @@
+// SPDX-License-Identifier: MIT
+#include "profiles/login_vc.h"
+
+#include "api/connection_state.h"
+#include "log/write_to_log.h"
+#include "platform/application.h"
+#include "platform/clock.h"
+#include "platform/console.h"
+#include "platform/fatal.h"
+#include "platform/file_manager.h"
+#include "platform/notification_center.h"
+#include "platform/settings.h"
+#include "profiles/server_url.h"
+
+#include <algorithm>
+
+namespace zarn {
+
+LoginVC::LoginVC(const Deps& deps)
+    : m_deps(deps)
+    , m_store(deps.domains, deps.clock)
+    , m_fields({m_outlets, m_model, deps.connection, deps.domains, deps.credentials, deps.console,
+          [this](int width, int height) { view().setPreferredContentSize(width, height); }})
+    , m_menu({m_outlets, m_model, m_store, m_fields, deps.texts, deps.alerts, deps.application})
+    , m_update({m_outlets, m_model, m_store, m_menu, deps.connection, deps.credentials,
+          deps.makeTokenDelegate, deps.log, deps.alerts, deps.application})
+{
+}
+
+void LoginVC::viewDidLoad()
+{
+    if (!m_deps.logFile.files().fileExists(m_deps.logFile.currentPath()))
+        m_deps.logFile.startNewLogFile();
+    auto& actionsDefaults = m_deps.domains.actionsDefaults();
+    m_fields.applyCredentialFieldsMode(actionsDefaults.integer("hideCreds") == 1 ? 1 : 0);
+    for (auto* field : {&m_outlets.zarnProServer_textfield, &m_outlets.zarnProUsername_textfield,
+             &m_outlets.zarnProPassword_textfield})
+        field->get().setDelegate(this);
+    m_model.lastServer = actionsDefaults.string("currentServer").value_or("");
+    restoreCredentialMode();
+    restoreProfiles();
+    m_deps.application.activateIgnoringOtherApps();
+}
+
+void LoginVC::restoreCredentialMode()
+{
+    const auto stored = static_cast<int>(m_deps.domains.actionsDefaults().integer("useUsername"));
+    m_deps.connection.useUsernameState = stored;
+    m_deps.connection.useApiClient = stored == 0 ? 1 : 0;
+    m_deps.console.writeLine("[viewDidLoad] username: " + std::to_string(stored));
+    m_outlets.useUsername_button->setState(stored);
+    m_fields.applyCredentialModeLabels();
+}
+
+void LoginVC::restoreProfiles()
+{
+    auto& profiles = m_model.availableServersDict;
+    profiles = m_store.loadProfiles();
+    m_model.lastServer = m_store.validateCurrentServer(profiles);
+    // A URL where a display name is looked for below: such a profile is shown only when both are
+    // equal.
+    if (m_model.lastServer.empty())
+        m_model.lastServer = m_store.pickMostRecentProfile(profiles);
+    m_store.trimProfiles(profiles);
+    listProfiles();
+    m_outlets.saveCreds_button->setState(
+        static_cast<int>(m_deps.domains.standardDefaults().integer("saveCreds")));
+    if (profiles.empty()) {
+        m_outlets.zarnProServer_textfield->setStringValue("");
+        m_menu.rebuildServerMenu({});
+        m_outlets.selectServer_Button->selectItem(ServerMenu::addServerTitle);
+        m_outlets.updateServerInfo_Button->setTitle("Add");
+        m_menu.serverMenuSelectionChanged();
+        m_fields.applyCredentialFieldsMode(2);
+    } else if (!m_outlets.zarnProServer_textfield->stringValue().empty()) {
+        m_fields.fillCredentialsFromKeychain();
+    }
+}
+
+void LoginVC::listProfiles()
+{
+    auto& profiles = m_model.availableServersDict;
+    bool found = false;
+    if (profiles.empty() && !m_model.lastServer.empty()) {
+        m_model.lastServerDN = hostFromServerURL(m_model.lastServer);
+        profiles[m_model.lastServerDN] = m_store.newRecord(m_model.lastServer);
+        m_model.sortedDisplayNames.push_back(m_model.lastServerDN);
+    } else {
+        for (auto it = profiles.begin(); it != profiles.end();) {
+            const auto& record = *it->second.dictionary();
+            if (it->first.empty() || stringMember(record, "server").value_or("").starts_with('/')) {
+                it = profiles.erase(it);
+                continue;
+            }
+            m_model.sortedDisplayNames.push_back(it->first);
+            found = showIfLast(it->first, record) || found;
+            ++it;
+        }
+    }
+    if (found)
+        m_outlets.selectServer_Button->selectItem(m_model.lastServerDN);
+    else
+        m_outlets.emptyCredentialFields();
+    m_menu.rebuildServerMenu(m_model.sortedDisplayNames);
+    // No name is chosen unless the remembered profile is there; with a title that no item has, none
+    // is.
+    const auto& names = m_model.sortedDisplayNames;
+    const bool isListed
+        = std::find(names.begin(), names.end(), m_model.lastServerDN) != names.end();
+    if (found)
+        m_outlets.selectServer_Button->selectItem(isListed ? m_model.lastServerDN : "");
+    else
+        m_outlets.selectServer_Button->selectNone();
+}
+
+bool LoginVC::showIfLast(const std::string& displayName, const Value::Dictionary& record)
+{
+    if (m_model.lastServer.empty() || displayName != m_model.lastServer)
+        return false;
+    m_model.lastServerDN = displayName;
+    m_outlets.displayName_TextField->setStringValue(displayName);
+    m_outlets.zarnProServer_textfield->setStringValue(stringMember(record, "server").value_or(""));
+    m_outlets.zarnProUsername_textfield->setStringValue(
+        m_deps.domains.actionsDefaults().string("username").value_or(""));
+    return true;
+}
+
+void LoginVC::viewDidAppear()
+{
+    if (!m_deps.domains.standardDefaults().boolean("agreedToTermsOfUse"))
+        view().performSegue("termsOfUse");
+}
+
+void LoginVC::viewWillDisappear()
+{
+    m_deps.notificationCenter.removeObserver(this, "AppleInterfaceThemeChangedNotification");
+}
+
+bool LoginVC::performAction(std::string_view action, Button* button)
+{
+    if (action == "updateServerInfo_Action")
+        updateServerInfo_Action(button);
+    else if (action == "selectServer_Action")
+        m_menu.serverMenuSelectionChanged();
+    else if (action == "hideCreds_action")
+        m_fields.hideCredsToggled();
+    else if (action == "useUsername_action")
+        m_fields.useUsernameToggled();
+    else if (action == "saveCredentials_Action")
+        m_fields.saveCredentialsToggled();
+    else if (action == "quit_Action")
+        quit_Action(button);
+    else
+        return false;
+    return true;
+}
+
+void LoginVC::updateServerInfo_Action(Button* sender)
+{
+    m_update.updateServerInfo(sender ? *sender : m_outlets.updateServerInfo_Button.get());
+}
+
+void LoginVC::quit_Action(Button* sender)
+{
+    if ((sender ? *sender : m_outlets.quit_Button.get()).title() == "Quit")
+        m_deps.application.terminate();
+    else if (m_outlets.updateServerInfo_Button->title() != "Add")
+        view().dismissViewController();
+    else
+        leaveAddMode();
+}
+
+void LoginVC::leaveAddMode()
+{
+    m_outlets.displayName_Label->setStringValue("Server:");
+    m_outlets.selectServer_Button->setHidden(false);
+    m_outlets.displayName_TextField->setHidden(true);
+    m_outlets.serverURL_Label->setHidden(false);
+    m_outlets.zarnProServer_textfield->setHidden(false);
+    m_outlets.zarnProServer_textfield->setEditable(false);
+    m_outlets.hideCreds_button->setHidden(false);
+    if (m_model.lastServer.empty()) {
+        m_outlets.updateServerInfo_Button->setEnabled(false);
+        m_outlets.zarnProServer_textfield->setEnabled(false);
+        m_outlets.zarnProUsername_textfield->setEnabled(false);
+        m_outlets.zarnProPassword_textfield->setEnabled(false);
+    } else {
+        showProfileOfLastServer();
+    }
+    m_outlets.quit_Button->setTitle("Quit");
+    m_outlets.updateServerInfo_Button->setTitle("Set");
+}
+
+// `lastServer` mostly holds a display name while the walk compares URLs, so that mostly the last
+// profile of the map is taken. Meant as it stands: the add that was given up changed nothing that
+// the user could expect to see again.
+void LoginVC::showProfileOfLastServer()
+{
+    std::optional<std::string> server;
+    std::string displayName;
+    for (const auto& [name, record] : m_model.availableServersDict) {
+        server = stringMember(*record.dictionary(), "server");
+        if (!server)
+            fatalError("a profile without a server URL");
+        displayName = name;
+        if (*server == m_model.lastServer)
+            break;
+    }
+    if (!server)
+        fatalError("no profile to return to");
+    m_outlets.selectServer_Button->selectItem(displayName);
+    m_outlets.displayName_TextField->setStringValue(displayName);
+    m_outlets.zarnProServer_textfield->setStringValue(*server);
+    if (server->empty())
+        m_outlets.zarnProServer_textfield->setEditable(true);
+    m_fields.fillCredentialsFromKeychain();
+}
+
+} // namespace zarn

@@ -1,0 +1,156 @@
+// SPDX-License-Identifier: MIT
+#include "profiles/profile_store.h"
+
+#include "platform/clock.h"
+#include "platform/fatal.h"
+#include "platform/settings.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace zarn {
+
+namespace {
+
+constexpr std::string_view profilesKey = "serversDict";
+
+Date dateOf(const Value& value)
+{
+    if (!value.date())
+        fatalError("a profile whose date is no date");
+    return *value.date();
+}
+
+const Value::Dictionary& recordOf(const ProfileMap::value_type& entry)
+{
+    return *entry.second.dictionary();
+}
+
+} // namespace
+
+SettingsDomain& SettingsDomains::standardDefaults()
+{
+    return m_settings.standard();
+}
+
+SettingsDomain& SettingsDomains::open(SettingsDomain*& domain, std::string_view name)
+{
+    if (!domain)
+        domain = m_settings.suite(name);
+    if (!domain)
+        fatalError("settings suite " + std::string(name) + " cannot be opened");
+    return *domain;
+}
+
+ProfileMap ProfileStore::loadProfiles()
+{
+    auto& domain = m_domains.sharedProfileDefaults();
+    auto stored = domain.object(profilesKey);
+    const auto* dictionary = stored ? stored->dictionary() : nullptr;
+    if (!dictionary || dictionary->empty()) {
+        domain.set(profilesKey, Value::Dictionary{});
+        stored = domain.object(profilesKey);
+        dictionary = stored ? stored->dictionary() : nullptr;
+    }
+    if (!dictionary || !std::all_of(dictionary->begin(), dictionary->end(), [](const auto& entry) {
+            return entry.second.dictionary() != nullptr;
+        }))
+        return {};
+    return std::move(*stored->dictionary());
+}
+
+std::string ProfileStore::validateCurrentServer(const ProfileMap& profiles)
+{
+    auto& domain = m_domains.actionsDefaults();
+    auto current = domain.string("currentServer").value_or("");
+    if (profiles.contains(current))
+        return current;
+    domain.remove("currentServer");
+    return "";
+}
+
+std::string ProfileStore::pickMostRecentProfile(const ProfileMap& profiles) const
+{
+    std::string newest;
+    Date reference;
+    bool isFirst = true;
+    for (const auto& entry : profiles) {
+        const auto& record = recordOf(entry);
+        const auto date = record.find("date");
+        if (isFirst) {
+            isFirst = false;
+            newest = stringMember(record, "server").value_or("");
+            reference = date != record.end() && date->second.date() ? *date->second.date()
+                                                                    : m_clock.now();
+            continue;
+        }
+        if (date == record.end())
+            fatalError("a profile without a date");
+        if (dateOf(date->second) > reference) {
+            newest = stringMember(record, "server").value_or("");
+            reference = dateOf(date->second);
+        }
+    }
+    return newest;
+}
+
+void ProfileStore::trimProfiles(ProfileMap& profiles) const
+{
+    if (profiles.size() <= profileTrimThreshold)
+        return;
+    // One walk finds what pass after pass would remove: the undated in map order, since each pass
+    // stops at the first of them, then those dated before now, oldest first and in map order where
+    // equal. As in those passes, a date that is none matters only if a walk gets to it.
+    const auto now = m_clock.now();
+    std::size_t surplus = profiles.size() - profileTrimThreshold;
+    std::vector<std::pair<Date, ProfileMap::iterator>> dated;
+    for (auto it = profiles.begin(); it != profiles.end();) {
+        const auto& record = recordOf(*it);
+        const auto date = record.find("date");
+        if (date == record.end()) {
+            it = profiles.erase(it);
+            if (--surplus == 0)
+                return;
+            continue;
+        }
+        if (dateOf(date->second) < now)
+            dated.emplace_back(dateOf(date->second), it);
+        ++it;
+    }
+    const auto removed = std::min(surplus, dated.size());
+    // The map's own order breaks ties: candidates were collected in it.
+    std::stable_sort(
+        dated.begin(), dated.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
+    for (std::size_t i = 0; i < removed; ++i)
+        profiles.erase(dated[i].second);
+}
+
+Value::Dictionary ProfileStore::newRecord(const std::string& server) const
+{
+    return {{"server", server}, {"date", m_clock.now()}};
+}
+
+void ProfileStore::addProfile(
+    ProfileMap& profiles, const std::string& displayName, const std::string& server)
+{
+    profiles[displayName] = newRecord(server);
+    writeProfiles(profiles);
+}
+
+void ProfileStore::writeProfiles(const ProfileMap& profiles)
+{
+    m_domains.sharedProfileDefaults().set(profilesKey, profiles);
+}
+
+void ProfileStore::selectProfile(const std::string& displayName)
+{
+    m_domains.actionsDefaults().set("currentServer", displayName);
+}
+
+void ProfileStore::rememberCurrent(const std::string& displayName, const std::string& username)
+{
+    selectProfile(displayName);
+    m_domains.actionsDefaults().set("username", username);
+}
+
+} // namespace zarn

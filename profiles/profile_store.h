@@ -1,0 +1,86 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/value.h"
+
+#include <cstddef>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace zarn {
+
+class Clock;
+class Settings;
+class SettingsDomain;
+
+inline constexpr std::string_view sharedProfileSuite = "group.R3V8N1P6WB.zarnie.SharedZPMA";
+inline constexpr std::string_view actionsSuite = "group.Q7X2M9K4TA.zarnactions";
+
+/// Display name to record ("server": text, "date": date).
+using ProfileMap = Value::Dictionary;
+
+/// After trimming at most this many profiles are left.
+inline constexpr std::size_t profileTrimThreshold = 39;
+
+/// The settings domains, each opened once, on first use. A suite that cannot be opened stops the
+/// process. Main thread only.
+class SettingsDomains {
+public:
+    explicit SettingsDomains(Settings& settings)
+        : m_settings(settings)
+    {
+    }
+    SettingsDomain& sharedProfileDefaults()
+    {
+        return open(m_sharedProfileDefaults, sharedProfileSuite);
+    }
+    SettingsDomain& actionsDefaults() { return open(m_actionsDefaults, actionsSuite); }
+    SettingsDomain& standardDefaults();
+
+private:
+    SettingsDomain& open(SettingsDomain*& domain, std::string_view name);
+
+    Settings& m_settings;
+    SettingsDomain* m_sharedProfileDefaults = nullptr;
+    SettingsDomain* m_actionsDefaults = nullptr;
+};
+
+/// The stored profiles and which one is current. Holds nothing itself: callers pass the map they
+/// mirror. Main thread only.
+class ProfileStore {
+public:
+    ProfileStore(SettingsDomains& domains, const Clock& clock)
+        : m_domains(domains)
+        , m_clock(clock)
+    {
+    }
+
+    /// The stored map. A missing, empty or malformed one is replaced by an empty dictionary; one
+    /// whose values are not all records reads as empty and is overwritten by the next write.
+    ProfileMap loadProfiles();
+    /// The current display name, or "" when it names no profile; it is forgotten then.
+    std::string validateCurrentServer(const ProfileMap& profiles);
+    /// The "server" of the newest record, or "". A later record without a date stops the process.
+    std::string pickMostRecentProfile(const ProfileMap& profiles) const;
+    /// Removes records until at most profileTrimThreshold are left: an empty or undated one first,
+    /// else the oldest. Records dated now or later are never chosen; it stops when nothing is.
+    void trimProfiles(ProfileMap& profiles) const;
+
+    /// Puts a new record in place of any of that name and writes the map.
+    void addProfile(
+        ProfileMap& profiles, const std::string& displayName, const std::string& server);
+    void writeProfiles(const ProfileMap& profiles);
+    void selectProfile(const std::string& displayName);
+    /// Writes the current display name and username.
+    void rememberCurrent(const std::string& displayName, const std::string& username);
+    Value::Dictionary newRecord(const std::string& server) const;
+
+    SettingsDomains& domains() { return m_domains; }
+
+private:
+    SettingsDomains& m_domains;
+    const Clock& m_clock;
+};
+
+} // namespace zarn
