@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/result.h"
+
+#include <chrono>
+#include <cstdint>
+#include <string>
+#include <string_view>
+
+/// Private files that are replaced as a whole: after a crash at any moment the old or the new
+/// contents are there. Files are 0600 in 0700 folders whatever the umask; links are never followed.
+/// Any thread.
+namespace zarn::linux_backend {
+
+/// An exclusive lock between processes, on a file beside the one it protects. The system releases
+/// it when its holder ends, however it ends.
+class FileLock {
+public:
+    /// Waits for the lock on `path` + ".lock", at most `limit`.
+    static Result<FileLock> acquire(const std::string& path, std::chrono::milliseconds limit);
+    ~FileLock();
+    FileLock(FileLock&& other) noexcept
+        : m_descriptor(other.m_descriptor)
+    {
+        other.m_descriptor = -1;
+    }
+    FileLock& operator=(FileLock&&) = delete;
+    FileLock(const FileLock&) = delete;
+    FileLock& operator=(const FileLock&) = delete;
+
+private:
+    explicit FileLock(int descriptor)
+        : m_descriptor(descriptor)
+    {
+    }
+    int m_descriptor;
+};
+
+/// Tells two states of a file apart. All zero: there is no file.
+struct FileStamp {
+    std::uint64_t inode = 0;
+    std::int64_t modified = 0;
+    std::int64_t size = 0;
+    bool operator==(const FileStamp&) const = default;
+};
+
+FileStamp stampOf(const std::string& path);
+
+/// Makes a folder (0700) and those above it.
+Status makePrivateFolder(const std::string& path);
+
+/// The contents of a regular file. NotFound: there is none. A file that others could read is made
+/// private, and one line on standard error says so.
+Result<std::string> readPrivateFile(const std::string& path, std::size_t limit);
+
+/// Writes a temporary file beside `path`, flushes it, renames it over `path` and flushes the
+/// folder. Call with the lock held: the temporary file has one name, so that one a killed writer
+/// left behind is gone after the next write.
+Status replacePrivateFile(const std::string& path, std::string_view contents);
+
+/// Keeps the file at `path` under the name `<path>.damaged-<time>` too; answers that name.
+Result<std::string> keepDamagedCopy(const std::string& path);
+
+/// One line on standard error, in the program's name.
+void warn(const std::string& line);
+
+} // namespace zarn::linux_backend

@@ -1,0 +1,292 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/plist_document.h"
+
+#include <plist/plist.h>
+
+#include <algorithm>
+#include <cmath>
+#include <cstdlib>
+#include <limits>
+
+namespace zarn::linux_backend {
+
+namespace {
+
+constexpr int deepest = 128;
+
+// Property lists count seconds from 2001-01-01.
+constexpr double secondsTo2001 = 978307200;
+
+bool startsTag(std::string_view xml, std::size_t at, std::string_view name)
+{
+    if (xml.substr(at, name.size()) != name || at + name.size() >= xml.size())
+        return false;
+    const char next = xml[at + name.size()];
+    return next == '>' || next == '/' || next == ' ' || next == '\t' || next == '\n'
+        || next == '\r';
+}
+
+// How deeply dictionaries and arrays are nested; nothing when they do not close.
+std::optional<int> depthOf(std::string_view xml)
+{
+    int depth = 0;
+    int most = 0;
+    for (auto at = xml.find('<'); at != std::string_view::npos; at = xml.find('<', at + 1)) {
+        if (startsTag(xml, at, "</dict") || startsTag(xml, at, "</array")) {
+            if (--depth < 0)
+                return std::nullopt;
+        } else if (startsTag(xml, at, "<dict") || startsTag(xml, at, "<array")) {
+            const auto end = xml.find('>', at);
+            if (end == std::string_view::npos)
+                return std::nullopt;
+            if (xml[end - 1] != '/')
+                most = std::max(most, ++depth);
+        }
+    }
+    return depth == 0 ? std::optional(most) : std::nullopt;
+}
+
+bool endsWhole(std::string_view xml)
+{
+    while (!xml.empty() && (xml.back() == '\n' || xml.back() == '\r' || xml.back() == ' '))
+        xml.remove_suffix(1);
+    return xml.ends_with("</plist>");
+}
+
+std::string textForXml(const std::string& text)
+{
+    std::string result;
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (byte < 0x20 && c != '\t' && c != '\n' && c != '\r')
+            result += "\xEF\xBF\xBD";
+        else
+            result += c;
+    }
+    return result;
+}
+
+plist_t nodeOf(const Value& value);
+
+plist_t dictionaryNode(const Value::Dictionary& dictionary)
+{
+    plist_t node = plist_new_dict();
+    for (const auto& [key, member] : dictionary) {
+        if (plist_t child = nodeOf(member))
+            plist_dict_set_item(node, textForXml(key).c_str(), child);
+    }
+    return node;
+}
+
+plist_t arrayNode(const Value::Array& array)
+{
+    plist_t node = plist_new_array();
+    for (const auto& member : array) {
+        if (plist_t child = nodeOf(member))
+            plist_array_append_item(node, child);
+    }
+    return node;
+}
+
+plist_t dateNode(Date date)
+{
+    const double seconds = std::floor(date.secondsSince1970 - secondsTo2001);
+    constexpr double most = std::numeric_limits<std::int32_t>::max();
+    return plist_new_date(static_cast<std::int32_t>(std::clamp(seconds, -most, most)), 0);
+}
+
+plist_t nodeOf(const Value& value)
+{
+    if (const auto* boolean = value.boolean())
+        return plist_new_bool(*boolean ? 1 : 0);
+    if (const auto* integer = value.integer())
+        return plist_new_uint(static_cast<std::uint64_t>(*integer));
+    if (const auto* real = value.real())
+        return plist_new_real(*real);
+    if (const auto* text = value.string())
+        return plist_new_string(textForXml(*text).c_str());
+    if (const auto* data = value.data())
+        return plist_new_data(reinterpret_cast<const char*>(data->data()), data->size());
+    if (const auto* date = value.date())
+        return dateNode(*date);
+    if (const auto* array = value.array())
+        return arrayNode(*array);
+    if (const auto* dictionary = value.dictionary())
+        return dictionaryNode(*dictionary);
+    return nullptr;
+}
+
+std::optional<Value> valueOf(plist_t node);
+
+template <typename Visit> void forEachMember(plist_t dictionary, Visit visit)
+{
+    plist_dict_iter iterator = nullptr;
+    plist_dict_new_iter(dictionary, &iterator);
+    for (;;) {
+        char* key = nullptr;
+        plist_t child = nullptr;
+        plist_dict_next_item(dictionary, iterator, &key, &child);
+        if (!key)
+            break;
+        const std::string name(key);
+        std::free(key);
+        visit(name, child);
+    }
+    std::free(iterator);
+}
+
+Value::Dictionary dictionaryOf(plist_t node)
+{
+    Value::Dictionary dictionary;
+    forEachMember(node, [&](const std::string& key, plist_t child) {
+        if (auto value = valueOf(child))
+            dictionary[key] = std::move(*value);
+    });
+    return dictionary;
+}
+
+Value::Array arrayOf(plist_t node)
+{
+    Value::Array array;
+    const auto count = plist_array_get_size(node);
+    for (std::uint32_t i = 0; i < count; ++i) {
+        if (auto value = valueOf(plist_array_get_item(node, i)))
+            array.push_back(std::move(*value));
+    }
+    return array;
+}
+
+Value dataOf(plist_t node)
+{
+    std::uint64_t length = 0;
+    const char* bytes = plist_get_data_ptr(node, &length);
+    return bytes ? Data(bytes, bytes + length) : Data{};
+}
+
+Value dateOf(plist_t node)
+{
+    std::int32_t seconds = 0;
+    std::int32_t microseconds = 0;
+    plist_get_date_val(node, &seconds, &microseconds);
+    return Date{secondsTo2001 + seconds};
+}
+
+std::optional<Value> valueOf(plist_t node)
+{
+    switch (plist_get_node_type(node)) {
+    case PLIST_BOOLEAN: {
+        std::uint8_t boolean = 0;
+        plist_get_bool_val(node, &boolean);
+        return Value(boolean != 0);
+    }
+    case PLIST_UINT: {
+        std::uint64_t integer = 0;
+        plist_get_uint_val(node, &integer);
+        return Value(static_cast<std::int64_t>(integer));
+    }
+    case PLIST_REAL: {
+        double real = 0;
+        plist_get_real_val(node, &real);
+        return Value(real);
+    }
+    case PLIST_STRING: {
+        std::uint64_t length = 0;
+        const char* text = plist_get_string_ptr(node, &length);
+        return Value(std::string(text ? text : "", text ? length : 0));
+    }
+    case PLIST_DATA:
+        return dataOf(node);
+    case PLIST_DATE:
+        return dateOf(node);
+    case PLIST_ARRAY:
+        return Value(arrayOf(node));
+    case PLIST_DICT:
+        return Value(dictionaryOf(node));
+    default:
+        return std::nullopt;
+    }
+}
+
+} // namespace
+
+struct PlistDocument::Node {
+    explicit Node(plist_t taken)
+        : root(taken)
+    {
+    }
+    ~Node() { plist_free(root); }
+    Node(const Node&) = delete;
+    Node& operator=(const Node&) = delete;
+    plist_t root;
+};
+
+PlistDocument::PlistDocument()
+    : m_node(std::make_unique<Node>(plist_new_dict()))
+{
+}
+
+PlistDocument::~PlistDocument() = default;
+PlistDocument::PlistDocument(PlistDocument&&) noexcept = default;
+PlistDocument& PlistDocument::operator=(PlistDocument&&) noexcept = default;
+
+Result<PlistDocument> PlistDocument::parse(const std::string& xml)
+{
+    const Error malformed{ErrorCode::Malformed, "not an XML property list"};
+    if (xml.size() > std::numeric_limits<std::uint32_t>::max()
+        || xml.find('\0') != std::string::npos || !endsWhole(xml))
+        return malformed;
+    const auto depth = depthOf(xml);
+    if (!depth)
+        return malformed;
+    if (*depth > deepest)
+        return Error{ErrorCode::TooLarge, "nested too deeply"};
+    plist_t root = nullptr;
+    plist_from_xml(xml.data(), static_cast<std::uint32_t>(xml.size()), &root);
+    if (!root)
+        return malformed;
+    PlistDocument document;
+    document.m_node = std::make_unique<Node>(root);
+    if (plist_get_node_type(root) != PLIST_DICT)
+        return malformed;
+    return document;
+}
+
+std::string PlistDocument::xml() const
+{
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(m_node->root, &text, &length);
+    std::string result(text ? text : "", length);
+    plist_to_xml_free(text);
+    return result;
+}
+
+std::optional<Value> PlistDocument::object(std::string_view key) const
+{
+    plist_t child = plist_dict_get_item(m_node->root, std::string(key).c_str());
+    return child ? valueOf(child) : std::nullopt;
+}
+
+bool PlistDocument::contains(std::string_view key) const
+{
+    return plist_dict_get_item(m_node->root, std::string(key).c_str()) != nullptr;
+}
+
+void PlistDocument::set(std::string_view key, const Value& value)
+{
+    if (plist_t child = nodeOf(value))
+        plist_dict_set_item(m_node->root, std::string(key).c_str(), child);
+}
+
+void PlistDocument::remove(std::string_view key)
+{
+    if (contains(key))
+        plist_dict_remove_item(m_node->root, std::string(key).c_str());
+}
+
+Value::Dictionary PlistDocument::dictionary() const
+{
+    return dictionaryOf(m_node->root);
+}
+
+} // namespace zarn::linux_backend

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/result.h"
+#include "platform/value.h"
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <string_view>
+
+namespace zarn::linux_backend {
+
+/// An XML property list whose top is a dictionary. Keeps what `Value` cannot hold. One thread at a
+/// time.
+class PlistDocument {
+public:
+    /// Empty.
+    PlistDocument();
+    ~PlistDocument();
+    PlistDocument(PlistDocument&&) noexcept;
+    PlistDocument& operator=(PlistDocument&&) noexcept;
+    PlistDocument(const PlistDocument&) = delete;
+    PlistDocument& operator=(const PlistDocument&) = delete;
+
+    /// Malformed: no whole XML property list of a dictionary, or nested deeper than 128. Checked
+    /// before the parser sees it, because the parser recurses.
+    static Result<PlistDocument> parse(const std::string& xml);
+    std::string xml() const;
+
+    std::optional<Value> object(std::string_view key) const;
+    /// Characters that XML cannot hold (control characters but tab and line breaks) become U+FFFD.
+    void set(std::string_view key, const Value& value);
+    void remove(std::string_view key);
+    bool contains(std::string_view key) const;
+    /// The whole document; what `Value` cannot hold is left out.
+    Value::Dictionary dictionary() const;
+
+private:
+    struct Node;
+    std::unique_ptr<Node> m_node;
+};
+
+} // namespace zarn::linux_backend
