@@ -43,7 +43,7 @@ private:
     std::vector<std::string>& m_events;
 };
 
-/// Records "activate" and "terminate".
+/// Records "activate" and "terminate". A run is what `whileRunning` does.
 class MemoryApplication final : public Application {
 public:
     explicit MemoryApplication(std::vector<std::string>& events)
@@ -53,6 +53,8 @@ public:
     int run(ApplicationDelegate& delegate) override
     {
         delegate.applicationDidFinishLaunching();
+        if (whileRunning)
+            whileRunning();
         delegate.applicationWillTerminate();
         return 0;
     }
@@ -68,6 +70,7 @@ public:
 
     std::vector<Window*> openWindows;
     unsigned modifierFlags = 0;
+    std::function<void()> whileRunning;
     std::function<void()> onTerminate;
 
 private:

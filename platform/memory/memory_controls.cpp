@@ -8,12 +8,14 @@ namespace zarn::memory {
 
 void MemoryPopUpButton::removeAllItems()
 {
+    record("remove all");
     m_items.clear();
     m_selected.reset();
 }
 
 void MemoryPopUpButton::addItem(std::string_view title)
 {
+    record("add " + std::string(title));
     std::erase(m_items, std::optional<std::string>(title));
     m_items.emplace_back(std::string(title));
     if (m_items.size() == 1)
@@ -22,6 +24,8 @@ void MemoryPopUpButton::addItem(std::string_view title)
 
 void MemoryPopUpButton::addItems(const std::vector<std::string>& titles)
 {
+    for (const auto& title : titles)
+        record("add " + title);
     // Of equal titles the last one stays, which is where adding one by one would have moved it.
     std::set<std::string_view> added(titles.begin(), titles.end());
     std::erase_if(m_items, [&](const auto& item) { return item && added.contains(*item); });
@@ -37,6 +41,7 @@ void MemoryPopUpButton::addItems(const std::vector<std::string>& titles)
 
 void MemoryPopUpButton::removeItem(std::string_view title)
 {
+    record("remove " + std::string(title));
     std::erase(m_items, std::optional<std::string>(title));
     if (m_selected == title)
         m_selected.reset();
@@ -44,11 +49,26 @@ void MemoryPopUpButton::removeItem(std::string_view title)
 
 void MemoryPopUpButton::selectItem(std::string_view title)
 {
-    const auto wanted = std::optional<std::string>(title);
-    if (std::find(m_items.begin(), m_items.end(), wanted) != m_items.end())
-        m_selected = wanted;
-    else
+    record("select " + std::string(title));
+    if (!choose(title))
         m_selected.reset();
+}
+
+bool MemoryPopUpButton::choose(std::string_view title)
+{
+    const auto wanted = std::optional<std::string>(title);
+    if (std::find(m_items.begin(), m_items.end(), wanted) == m_items.end())
+        return false;
+    m_selected = wanted;
+    return true;
+}
+
+std::vector<std::string> MemoryPopUpButton::shownItems() const
+{
+    std::vector<std::string> items;
+    for (const auto& item : m_items)
+        items.push_back(item.value_or("-"));
+    return items;
 }
 
 std::vector<std::string> MemoryPopUpButton::itemTitles() const
@@ -61,6 +81,7 @@ std::vector<std::string> MemoryPopUpButton::itemTitles() const
 
 void MemoryPopUpButton::insertSeparator(std::size_t index)
 {
+    record("separator at " + std::to_string(index));
     m_items.insert(m_items.begin() + static_cast<std::ptrdiff_t>(index), std::nullopt);
 }
 

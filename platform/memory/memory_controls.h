@@ -8,16 +8,46 @@
 #include <string>
 #include <vector>
 
-/// Controls that only remember. What a user does is a function of its own (`type`, `click`,
-/// `choose`).
+/// Controls that only remember. What a user does is a function of MemoryWindowController (`type`,
+/// `click`, `choose`).
 namespace zarn::memory {
 
-/// The state that every control has.
-template <typename Base> class MemoryControlOf : public Base {
+/// What code does to a control goes into the shared record as "<control> <what>", once somebody
+/// asks for it.
+class ControlRecord {
 public:
-    void setHidden(bool hidden) override { m_hidden = hidden; }
+    void recordAs(std::string name, std::vector<std::string>* events)
+    {
+        m_name = std::move(name);
+        m_events = events;
+    }
+
+protected:
+    void record(std::string_view what)
+    {
+        if (m_events)
+            m_events->push_back(m_name + " " + std::string(what));
+    }
+
+private:
+    std::string m_name;
+    std::vector<std::string>* m_events = nullptr;
+};
+
+/// The state that every control has.
+template <typename Base> class MemoryControlOf : public Base, public ControlRecord {
+public:
+    void setHidden(bool hidden) override
+    {
+        record(hidden ? "hidden" : "shown");
+        m_hidden = hidden;
+    }
     bool isHidden() const override { return m_hidden; }
-    void setEnabled(bool enabled) override { m_enabled = enabled; }
+    void setEnabled(bool enabled) override
+    {
+        record(enabled ? "enabled" : "disabled");
+        m_enabled = enabled;
+    }
     bool isEnabled() const override { return m_enabled; }
     std::string identifier() const override { return interfaceIdentifier; }
 
@@ -30,27 +60,51 @@ private:
 
 class MemoryLabel final : public MemoryControlOf<Label> {
 public:
-    void setStringValue(std::string_view text) override { m_text = text; }
+    void setStringValue(std::string_view text) override
+    {
+        record("= " + std::string(text));
+        m_text = text;
+    }
     std::string stringValue() const override { return m_text; }
 
 private:
     std::string m_text;
 };
 
+/// A plain or a secure text field: the code above sees no difference.
 class MemoryTextField final : public MemoryControlOf<TextField> {
 public:
-    void setStringValue(std::string_view text) override { m_text = text; }
+    void setStringValue(std::string_view text) override
+    {
+        record("= " + std::string(text));
+        m_text = text;
+    }
     std::string stringValue() const override { return m_text; }
-    void setEditable(bool editable) override { m_editable = editable; }
+    void setEditable(bool editable) override
+    {
+        record(editable ? "editable" : "not editable");
+        m_editable = editable;
+    }
     bool isEditable() const override { return m_editable; }
-    void setDelegate(TextFieldDelegate* delegate) override { m_delegate = delegate; }
-    void makeFirstResponder() override { ++timesFirstResponder; }
+    void setDelegate(TextFieldDelegate* delegate) override
+    {
+        record(delegate ? "delegate" : "no delegate");
+        m_delegate = delegate;
+    }
+    void makeFirstResponder() override
+    {
+        record("first responder");
+        ++timesFirstResponder;
+    }
 
+    /// The field loses the keyboard focus.
     void endEditing()
     {
         if (m_delegate)
             m_delegate->controlTextDidEndEditing(this);
     }
+    /// The user types a text in place of what stood there.
+    void type(std::string_view text) { m_text = text; }
     TextFieldDelegate* delegate() const { return m_delegate; }
 
     int timesFirstResponder = 0;
@@ -63,14 +117,33 @@ private:
 
 class MemoryButton final : public MemoryControlOf<Button> {
 public:
-    void setTitle(std::string_view title) override { m_title = title; }
+    void setTitle(std::string_view title) override
+    {
+        record("titled " + std::string(title));
+        m_title = title;
+    }
     std::string title() const override { return m_title; }
-    void setState(int state) override { m_state = state; }
+    void setState(int state) override
+    {
+        record("state " + std::to_string(state));
+        m_state = state;
+    }
     int state() const override { return m_state; }
-    void setImage(ImageName image) override { m_image = image; }
+    void setImage(ImageName image) override
+    {
+        record(image == ImageName::TouchBarGoDownTemplate ? "image down" : "image right");
+        m_image = image;
+    }
     ImageName image() const override { return m_image; }
-    void setToolTip(std::string_view text) override { m_toolTip = text; }
+    void setToolTip(std::string_view text) override
+    {
+        record("tooltip " + std::string(text));
+        m_toolTip = text;
+    }
     std::string toolTip() const override { return m_toolTip; }
+
+    /// The user flips a check box or disclosure button.
+    void flip() { m_state = m_state == 0 ? 1 : 0; }
 
 private:
     std::string m_title;
@@ -86,11 +159,19 @@ public:
     void addItems(const std::vector<std::string>& titles) override;
     void removeItem(std::string_view title) override;
     void selectItem(std::string_view title) override;
-    void selectNone() override { m_selected.reset(); }
+    void selectNone() override
+    {
+        record("select none");
+        m_selected.reset();
+    }
     std::string titleOfSelectedItem() const override { return m_selected.value_or(""); }
     std::vector<std::string> itemTitles() const override;
     void insertSeparator(std::size_t index);
     bool hasSelection() const { return m_selected.has_value(); }
+    /// The user chooses an item; false when there is none of that title.
+    bool choose(std::string_view title);
+    /// The items as a user sees them, a separator as "-".
+    std::vector<std::string> shownItems() const;
 
 private:
     // A separator has no title; two items never share one.
@@ -125,8 +206,16 @@ private:
 
 class MemoryProgressIndicator final : public MemoryControlOf<ProgressIndicator> {
 public:
-    void startAnimation() override { m_animating = true; }
-    void stopAnimation() override { m_animating = false; }
+    void startAnimation() override
+    {
+        record("start");
+        m_animating = true;
+    }
+    void stopAnimation() override
+    {
+        record("stop");
+        m_animating = false;
+    }
     bool isAnimating() const override { return m_animating; }
 
 private:
@@ -135,7 +224,11 @@ private:
 
 class MemoryImageView final : public MemoryControlOf<ImageView> {
 public:
-    void setImage(ImageName image) override { m_image = image; }
+    void setImage(ImageName image) override
+    {
+        record("image");
+        m_image = image;
+    }
     std::optional<ImageName> image() const override { return m_image; }
 
 private:
@@ -147,6 +240,7 @@ public:
     bool hasTextStorage() const override { return withTextStorage; }
     void setAttributedText(const AttributedText& text) override
     {
+        record("filled");
         m_text = text;
         ++timesFilled;
     }

@@ -2,19 +2,20 @@
 #pragma once
 
 #include "platform/memory/memory_application.h"
-#include "platform/memory/memory_controls.h"
+#include "platform/memory/memory_outlets.h"
 #include "platform/storyboard.h"
 
 #include <functional>
-#include <map>
 #include <memory>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zarn::memory {
 
-/// A view that remembers. Records "segue <identifier>" and "dismiss".
+/// A view that remembers. Records "segue <identifier>" and "dismiss", and "size <width> x <height>"
+/// once sizes are asked for.
 class MemoryView final : public View {
 public:
     explicit MemoryView(std::vector<std::string>& events)
@@ -22,85 +23,33 @@ public:
     {
     }
     Window* window() override { return shownIn; }
-    void setWantsLayer(bool wants) override { m_hasLayer = wants; }
+    void setWantsLayer(bool wants) override { m_hasLayer = wants && canHaveLayer; }
     bool hasLayer() const override { return m_hasLayer; }
     void setLayerBackground(double level, double alphaValue) override
     {
         greyLevel = level;
         alpha = alphaValue;
     }
-    void setPreferredContentSize(int newWidth, int newHeight) override
-    {
-        width = newWidth;
-        height = newHeight;
-    }
-    void performSegue(std::string_view identifier) override
-    {
-        m_events.push_back("segue " + std::string(identifier));
-    }
-    void dismissViewController() override { m_events.emplace_back("dismiss"); }
+    void setPreferredContentSize(int newWidth, int newHeight) override;
+    void performSegue(std::string_view identifier) override;
+    void dismissViewController() override;
 
     Window* shownIn = nullptr;
     double greyLevel = -1;
     double alpha = -1;
     int width = 0;
     int height = 0;
+    bool canHaveLayer = true;
+    bool recordsSizes = false;
+    std::function<void(std::string_view identifier)> onSegue;
+    std::function<void()> onDismiss;
 
 private:
     std::vector<std::string>& m_events;
     bool m_hasLayer = false;
 };
 
-/// Makes a control for every name that is asked for, except those that are missing on purpose.
-class MemoryOutlets final : public OutletSource {
-public:
-    Label* label(std::string_view name) override { return find(labels, name); }
-    TextField* textField(std::string_view name) override { return find(textFields, name); }
-    Button* button(std::string_view name) override { return find(buttons, name); }
-    PopUpButton* popUpButton(std::string_view name) override
-    {
-        return missing.contains(name) ? nullptr : &popUp;
-    }
-    PopUpButtonCell* popUpButtonCell(std::string_view name) override
-    {
-        return missing.contains(name) ? nullptr : &cell;
-    }
-    Menu* menu(std::string_view name) override
-    {
-        return missing.contains(name) ? nullptr : &popUpMenu;
-    }
-    ProgressIndicator* progressIndicator(std::string_view name) override
-    {
-        return missing.contains(name) ? nullptr : &spinner;
-    }
-    ImageView* imageView(std::string_view name) override { return find(imageViews, name); }
-    TextView* textView(std::string_view name) override { return find(textViews, name); }
-
-    template <typename T> using Controls = std::map<std::string, std::unique_ptr<T>, std::less<>>;
-    Controls<MemoryLabel> labels;
-    Controls<MemoryTextField> textFields;
-    Controls<MemoryButton> buttons;
-    Controls<MemoryImageView> imageViews;
-    Controls<MemoryTextView> textViews;
-    MemoryPopUpButton popUp;
-    MemoryPopUpButtonCell cell{popUp};
-    MemoryMenu popUpMenu{popUp};
-    MemoryProgressIndicator spinner;
-    std::set<std::string, std::less<>> missing;
-
-private:
-    template <typename T> T* find(Controls<T>& controls, std::string_view name)
-    {
-        if (missing.contains(name))
-            return nullptr;
-        auto& control = controls[std::string(name)];
-        if (!control)
-            control = std::make_unique<T>();
-        return control.get();
-    }
-};
-
-/// A window controller with everything it shows.
+/// A window controller with everything it shows, and what a user can do there.
 class MemoryWindowController final : public WindowController {
 public:
     MemoryWindowController(std::string title, std::vector<std::string>& events)
@@ -111,6 +60,16 @@ public:
     }
     Window* window() override { return withoutWindow ? nullptr : &ownWindow; }
 
+    /// Clicks a button; a check box or disclosure button flips first. False when it is hidden,
+    /// disabled or has no action.
+    bool click(std::string_view name);
+    /// Chooses an item of the pop-up button; false when it is hidden or has no such item.
+    bool choose(std::string_view title);
+    /// Types into a field in place of what stood there; false when the user cannot.
+    bool type(std::string_view name, std::string_view text);
+    /// The keyboard focus leaves a field.
+    void leave(std::string_view name) { outlets.fieldNamed(name).endEditing(); }
+
     bool withoutWindow = false;
     MemoryWindow ownWindow;
     MemoryView view;
@@ -118,7 +77,8 @@ public:
     std::unique_ptr<ViewController> controller;
 };
 
-/// Knows the initial controller ("LoginVC") and "aboutWC" ("AboutVC"). Records "show <title>".
+/// Knows the initial controller ("LoginVC"), "aboutWC" ("AboutVC") and the segue "termsOfUse"
+/// ("ToUVC"). Records "show <title>".
 class MemoryStoryboard final : public Storyboard {
 public:
     explicit MemoryStoryboard(std::vector<std::string>& events)
@@ -133,15 +93,27 @@ public:
     std::unique_ptr<WindowController> instantiateInitialController() override;
     void showWindow(std::unique_ptr<WindowController> controller) override;
 
+    /// Closes a shown window and ends its controller.
+    void close(std::size_t index);
+    /// The terms-of-use view while it is presented, else nullptr.
+    MemoryWindowController* terms() const { return m_terms.get(); }
+
     std::vector<std::unique_ptr<MemoryWindowController>> shown;
     std::set<std::string, std::less<>> unknownIdentifiers;
+    /// The windows of the controllers made next have none.
+    bool withoutWindows = false;
     int instantiated = 0;
 
 private:
-    std::unique_ptr<WindowController> load(std::string_view customClass, const std::string& title);
+    std::unique_ptr<MemoryWindowController> load(
+        std::string_view customClass, const std::string& title);
+    void presentTerms();
 
     ViewControllerFactory m_factory;
     std::vector<std::string>& m_events;
+    std::unique_ptr<MemoryWindowController> m_terms;
+    // A controller that dismisses itself is still running when it is taken off screen.
+    std::vector<std::unique_ptr<MemoryWindowController>> m_dismissed;
 };
 
 class MemoryStoryboards final : public Storyboards {

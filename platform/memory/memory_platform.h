@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/memory/memory_application.h"
+#include "platform/memory/memory_clock.h"
+#include "platform/memory/memory_desktop.h"
+#include "platform/memory/memory_file_manager.h"
+#include "platform/memory/memory_json.h"
+#include "platform/memory/memory_keychain.h"
+#include "platform/memory/memory_serial_queue.h"
+#include "platform/memory/memory_settings.h"
+#include "platform/memory/memory_storyboard.h"
+#include "platform/memory/memory_text_services.h"
+#include "platform/memory/memory_url_sessions.h"
+#include "platform/services.h"
+
+#include <string>
+#include <vector>
+
+namespace zarn::memory {
+
+/// Every double of the in-memory backend, with one record of events in the order they happened.
+struct MemoryPlatform {
+    std::vector<std::string> events;
+    MemoryAlertRunner alertRunner{events};
+    MemoryApplication application{events};
+    MemoryBundle bundle;
+    MemoryClock clock;
+    MemoryConsole console;
+    MemoryDateFormatter dateFormatter;
+    MemoryNotificationCenter notificationCenter;
+    MemoryFileManager fileManager{events};
+    MemoryJson json;
+    MemoryKeychain keychain{events};
+    MemorySerialQueues serialQueues;
+    MemorySettings settings{events};
+    MemoryStoryboards storyboards{events};
+    MemoryTextServices textServices;
+    MemoryUrlSessions urlSessions{events};
+    MemoryWindowList windowList;
+    MemoryWorkspace workspace;
+
+    Services services()
+    {
+        return {alertRunner, application, bundle, clock, console, dateFormatter, notificationCenter,
+            fileManager, json, keychain, serialQueues, settings, storyboards, textServices,
+            urlSessions, windowList, workspace};
+    }
+};
+
+} // namespace zarn::memory
