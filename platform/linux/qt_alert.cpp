@@ -1,0 +1,117 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/qt_alert.h"
+
+#include <QApplication>
+#include <QDialog>
+#include <QHBoxLayout>
+#include <QIcon>
+#include <QKeyEvent>
+#include <QLabel>
+#include <QPushButton>
+#include <QShortcut>
+#include <QStyle>
+#include <QVBoxLayout>
+
+namespace zarn::linux_backend {
+
+namespace {
+
+int responseOf(std::size_t button)
+{
+    return alertFirstButtonReturn + static_cast<int>(button);
+}
+
+int escapeResponse(const Alert& alert)
+{
+    for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
+        if (alert.buttons[i].title == "Cancel")
+            return responseOf(i);
+    }
+    return alertFirstButtonReturn;
+}
+
+QLabel* makeText(const std::string& text, QWidget* parent)
+{
+    auto* label = new QLabel(parent);
+    label->setTextFormat(Qt::PlainText);
+    label->setText(QString::fromStdString(text));
+    label->setWordWrap(true);
+    label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
+    label->setFocusPolicy(Qt::ClickFocus);
+    label->setMinimumWidth(280);
+    return label;
+}
+
+QLabel* makeIcon(QWidget* parent)
+{
+    constexpr int size = 56;
+    auto* label = new QLabel(parent);
+    label->setPixmap(
+        QIcon(":/icons/AppIcon.png").pixmap(QSize(size, size), parent->devicePixelRatioF()));
+    label->setFixedSize(size, size);
+    return label;
+}
+
+void addButtons(const Alert& alert, QDialog& dialog, QHBoxLayout& row)
+{
+    row.addStretch();
+    // The first button stands outermost, where the eye ends.
+    for (std::size_t i = alert.buttons.size(); i-- > 0;) {
+        const auto& description = alert.buttons[i];
+        auto* button = new QPushButton(
+            QString::fromStdString(description.title).replace('&', "&&"), &dialog);
+        // Return presses the first button wherever the focus is; Space presses the focused one.
+        button->setAutoDefault(false);
+        button->setDefault(i == 0);
+        QObject::connect(
+            button, &QPushButton::clicked, &dialog, [&dialog, i] { dialog.done(responseOf(i)); });
+        row.addWidget(button);
+        if (description.keyEquivalent.size() == 1 && description.keyEquivalent != "\r") {
+            auto* key = new QShortcut(
+                QKeySequence(QString::fromStdString(description.keyEquivalent).toUpper()), &dialog);
+            QObject::connect(key, &QShortcut::activated, button, [button] { button->click(); });
+        }
+        if (i == 0)
+            button->setFocus();
+    }
+}
+
+} // namespace
+
+int QtAlertRunner::runModal(const Alert& alert)
+{
+    if (m_isEnding())
+        return escapeResponse(alert);
+    QDialog dialog(QApplication::activeWindow());
+    dialog.setWindowTitle("Zarn Actions");
+    dialog.setWindowModality(Qt::ApplicationModal);
+    auto* columns = new QHBoxLayout(&dialog);
+    columns->setContentsMargins(20, 18, 20, 16);
+    columns->setSpacing(16);
+    columns->addWidget(makeIcon(&dialog), 0, Qt::AlignTop);
+    auto* column = new QVBoxLayout;
+    column->setSpacing(8);
+    columns->addLayout(column, 1);
+    if (!alert.messageText.empty()) {
+        auto* header = makeText(alert.messageText, &dialog);
+        auto font = header->font();
+        font.setBold(true);
+        header->setFont(font);
+        column->addWidget(header);
+    }
+    auto* message = makeText(alert.informativeText, &dialog);
+    column->addWidget(message);
+    column->addStretch();
+    dialog.setAccessibleName(QString::fromStdString(
+        alert.messageText.empty() ? alert.informativeText : alert.messageText));
+    dialog.setAccessibleDescription(QString::fromStdString(alert.informativeText));
+    auto* row = new QHBoxLayout;
+    addButtons(alert, dialog, *row);
+    column->addSpacing(6);
+    column->addLayout(row);
+    dialog.layout()->setSizeConstraint(QLayout::SetFixedSize);
+    const int response = dialog.exec();
+    return response >= alertFirstButtonReturn ? response : escapeResponse(alert);
+}
+
+} // namespace zarn::linux_backend

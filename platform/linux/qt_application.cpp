@@ -1,0 +1,180 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/qt_application.h"
+
+#include "platform/linux/qt_appearance.h"
+
+#include <QAction>
+#include <QApplication>
+#include <QIcon>
+#include <QLineEdit>
+#include <QMainWindow>
+#include <QMenuBar>
+#include <QSessionManager>
+#include <QStyleFactory>
+#include <QTextBrowser>
+#include <QTimer>
+
+#include <string_view>
+
+namespace zarn::linux_backend {
+
+namespace {
+
+// Drawn by us in both modes, so the theme's own dialogs and styles are not even loaded.
+std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
+{
+    QApplication::setStyle("Fusion");
+    QApplication::setDesktopSettingsAware(false);
+    QCoreApplication::setApplicationName("zarn-actions");
+    QGuiApplication::setApplicationDisplayName({});
+    QGuiApplication::setDesktopFileName("com.zarn.ZarnActions");
+    auto application = std::make_unique<QApplication>(argc, argv);
+    application->setQuitOnLastWindowClosed(false);
+    QApplication::setWindowIcon(QIcon(":/icons/AppIcon.png"));
+    return application;
+}
+
+struct EditCommand {
+    const char* title;
+    QKeySequence::StandardKey key;
+    /// A slot that fields and texts for reading share; "delete" is known to fields alone.
+    const char* slot;
+};
+
+constexpr EditCommand separator{nullptr, QKeySequence::UnknownKey, nullptr};
+constexpr EditCommand editCommands[]
+    = {{"&Undo", QKeySequence::Undo, "undo"}, {"&Redo", QKeySequence::Redo, "redo"}, separator,
+        {"Cu&t", QKeySequence::Cut, "cut"}, {"&Copy", QKeySequence::Copy, "copy"},
+        {"&Paste", QKeySequence::Paste, "paste"}, {"&Delete", QKeySequence::UnknownKey, "delete"},
+        separator, {"Select &All", QKeySequence::SelectAll, "selectAll"}};
+
+void perform(std::string_view slot)
+{
+    auto* focused = QApplication::focusWidget();
+    auto* field = qobject_cast<QLineEdit*>(focused);
+    if (slot == "delete") {
+        if (field)
+            field->del();
+    } else if (field || qobject_cast<QTextBrowser*>(focused)) {
+        QMetaObject::invokeMethod(focused, slot.data());
+    }
+}
+
+} // namespace
+
+QtApplication::QtApplication(
+    int& argc, char** argv, std::function<void(const std::string& address)> openLink)
+    : m_application(makeApplication(argc, argv))
+    , m_mainQueue(std::make_unique<QtMainQueue>())
+    , m_storyboard({std::move(openLink), [this](QMainWindow& window) { addMenus(window); },
+          [this] { windowClosed(); }})
+{
+    m_mainQueue->onLongWait = [this] { m_storyboard.showLoadingWindow(); };
+    // The end of the desktop session is an end like any other.
+    QObject::connect(m_application.get(), &QGuiApplication::commitDataRequest, m_application.get(),
+        [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
+    QObject::connect(m_application.get(), &QGuiApplication::saveStateRequest, m_application.get(),
+        [](QSessionManager&) {});
+}
+
+QtApplication::~QtApplication()
+{
+    m_storyboard.closeAll();
+}
+
+int QtApplication::run(ApplicationDelegate& delegate)
+{
+    m_delegate = &delegate;
+    if (m_ending)
+        return 0;
+    auto initial = m_storyboard.instantiateInitialController();
+    delegate.applicationDidFinishLaunching();
+    m_storyboard.showWindow(std::move(initial));
+    if (m_afterFirstPaint)
+        QTimer::singleShot(0, m_application.get(), m_afterFirstPaint);
+    const int result = m_ending ? 0 : QApplication::exec();
+    m_ending = true;
+    delegate.applicationWillTerminate();
+    m_storyboard.closeAll();
+    return result;
+}
+
+void QtApplication::activateIgnoringOtherApps()
+{
+    auto* window = QApplication::activeModalWidget();
+    if (!window && !m_storyboard.scenes().empty())
+        window = &m_storyboard.scenes().front()->mainWindow();
+    if (!window || !window->isVisible())
+        return;
+    window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
+    window->raise();
+    window->activateWindow();
+}
+
+// Ends every event loop, that of an alert included. Asking the toolkit to quit would first ask each
+// window to close, and the terms refuse.
+void QtApplication::terminate()
+{
+    m_ending = true;
+    QCoreApplication::exit(0);
+}
+
+std::vector<Window*> QtApplication::windows()
+{
+    std::vector<Window*> result;
+    for (auto* scene : m_storyboard.scenes())
+        result.push_back(&scene->sceneWindow());
+    return result;
+}
+
+unsigned QtApplication::currentModifierFlags() const
+{
+    return QGuiApplication::keyboardModifiers().testFlag(Qt::AltModifier) ? modifierFlagOption : 0;
+}
+
+void QtApplication::windowClosed()
+{
+    if (m_storyboard.scenes().empty() && m_delegate
+        && m_delegate->applicationShouldTerminateAfterLastWindowClosed())
+        terminate();
+}
+
+void QtApplication::addMenus(QMainWindow& window)
+{
+    auto* menu = window.menuBar()->addMenu("&Zarn Actions");
+    const auto add = [&](const QString& title, const char* action) {
+        auto* item = menu->addAction(title);
+        item->setMenuRole(QAction::NoRole);
+        QObject::connect(item, &QAction::triggered, item,
+            [this, action] { m_delegate->performMenuAction(action); });
+    };
+    add("&About Zarn Actions", "showAbout");
+    add(QStringLiteral("&Check for Updates\u2026"), "checkForUpdates");
+    menu->addSeparator();
+    add("Show &Log Folder", "showLogFolder");
+    menu->addSeparator();
+    auto* quit = menu->addAction("&Quit Zarn Actions");
+    quit->setShortcut(QKeySequence(Qt::CTRL | Qt::Key_Q));
+    quit->setMenuRole(QAction::NoRole);
+    QObject::connect(quit, &QAction::triggered, quit, [this] { terminate(); });
+    addEditMenu(window);
+}
+
+void QtApplication::addEditMenu(QMainWindow& window)
+{
+    auto* menu = window.menuBar()->addMenu("&Edit");
+    for (const auto& entry : editCommands) {
+        if (!entry.title) {
+            menu->addSeparator();
+            continue;
+        }
+        auto* item = menu->addAction(entry.title);
+        if (entry.key != QKeySequence::UnknownKey)
+            item->setShortcut(entry.key);
+        // The fields know these keys themselves; here they are shown, and taken from the menu only.
+        item->setShortcutContext(Qt::WidgetShortcut);
+        QObject::connect(item, &QAction::triggered, item, [slot = entry.slot] { perform(slot); });
+    }
+}
+
+} // namespace zarn::linux_backend

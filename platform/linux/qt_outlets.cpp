@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/qt_widgets.h"
+#include "platform/linux/qt_window.h"
+
+#include <QAbstractButton>
+#include <QComboBox>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+
+namespace zarn::linux_backend {
+
+QtOutlets::QtOutlets(QWidget& form, Hooks hooks)
+    : m_form(form)
+    , m_hooks(std::move(hooks))
+{
+}
+
+template <typename T, typename Widget, typename... Arguments>
+T* QtOutlets::find(Made<T>& made, std::string_view name, Arguments&&... arguments)
+{
+    const auto existing = made.find(name);
+    if (existing != made.end())
+        return existing->second.get();
+    auto* widget = m_form.findChild<Widget*>(
+        QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+    if (!widget)
+        return nullptr;
+    auto control = std::make_unique<T>(widget, std::forward<Arguments>(arguments)...);
+    return made.emplace(std::string(name), std::move(control)).first->second.get();
+}
+
+Label* QtOutlets::label(std::string_view name)
+{
+    return find<QtLabel, QLabel>(m_labels, name);
+}
+
+TextField* QtOutlets::textField(std::string_view name)
+{
+    return find<QtTextField, QLineEdit>(m_textFields, name);
+}
+
+Button* QtOutlets::button(std::string_view name)
+{
+    const std::string key(name);
+    return find<QtButton, QAbstractButton>(m_buttons, name, [this, key] {
+        const auto* widget = m_form.findChild<QAbstractButton*>(QString::fromStdString(key));
+        m_hooks.action(
+            widget->property("action").toString().toStdString(), m_buttons.at(key).get());
+    });
+}
+
+QtOutlets::PopUp* QtOutlets::popUp()
+{
+    auto* box = m_form.findChild<QComboBox*>();
+    if (!m_popUp && box)
+        m_popUp = std::make_unique<PopUp>(box, [this, box] {
+            m_hooks.action(box->property("action").toString().toStdString(), nullptr);
+        });
+    return m_popUp.get();
+}
+
+// A combo box is button, cell and menu in one; the names tell which of them is asked for.
+PopUpButton* QtOutlets::popUpButton(std::string_view name)
+{
+    return name == "selectServer_Button" && popUp() ? &popUp()->button : nullptr;
+}
+
+PopUpButtonCell* QtOutlets::popUpButtonCell(std::string_view name)
+{
+    return name == "selectedServer_ButtonCell" && popUp() ? &popUp()->cell : nullptr;
+}
+
+Menu* QtOutlets::menu(std::string_view name)
+{
+    return name == "selectServer_Menu" && popUp() ? &popUp()->menu : nullptr;
+}
+
+ProgressIndicator* QtOutlets::progressIndicator(std::string_view name)
+{
+    return find<QtProgressIndicator, QProgressBar>(m_progressIndicators, name);
+}
+
+ImageView* QtOutlets::imageView(std::string_view name)
+{
+    return find<QtImageView, QLabel>(m_imageViews, name);
+}
+
+TextView* QtOutlets::textView(std::string_view name)
+{
+    return find<QtTextView, NoticeBrowser>(m_textViews, name, m_hooks.openLink);
+}
+
+} // namespace zarn::linux_backend
