@@ -12,6 +12,15 @@ namespace {
 const Font systemFont{"", 12};
 const Font italicFont{"HelveticaNeue-Italic", 12};
 
+constexpr const char* disclaimer
+    = "Zarn Actions adds interactions with the Zarn Pro server to Apple Shortcuts. It is not part "
+      "of the Zarn product line, is not supported through Zarn's usual support channels, and has "
+      "not been tested or validated by Zarn's internal compliance, quality or product-security "
+      "processes.\n";
+constexpr const char* warning
+    = "\nWarning: Failure to test shortcuts thoroughly on non production devices could result in "
+      "data loss.\n";
+
 /// One paragraph, the first occurrence of `linked` in it a link. Without it the paragraph is plain.
 void append(AttributedText& notice, const std::string& paragraph, const Font& font, TextColor color,
     const std::string& linked = "", const std::string& address = "")
@@ -58,24 +67,13 @@ AttributedText Appearance::noticeText()
 {
     const auto color = noticeTextColor();
     AttributedText notice;
-    append(notice,
-        "Zarn Actions adds interactions with the Zarn Pro server to Apple Shortcuts. It is not "
-        "part of the "
-        "Zarn product line and is not supported through the usual Zarn support channels. It has "
-        "not been "
-        "tested or validated by Zarn's internal compliance, quality or product-security "
-        "processes.\n",
-        systemFont, color);
+    append(notice, disclaimer, systemFont, color);
     append(notice, "\nPlease navigate to " + m_texts.feedbackAddress + " and submit feedback\n",
         systemFont, color, m_texts.feedbackAddress, "https://" + m_texts.feedbackAddress);
-    append(notice,
-        "\nWarning: Failure to test shortcuts thoroughly on non production devices could result in "
-        "data "
-        "loss.\n",
-        italicFont, color);
+    append(notice, warning, italicFont, color);
     append(notice,
         "    \nThis software is licensed under the terms of the " + m_texts.agreementTitle
-            + ".\n\nCopyright 2024 " + m_texts.publisherName + ".",
+            + ".\n\nCopyright \u00a9 2024 " + m_texts.publisherName + ".",
         systemFont, color, m_texts.agreementTitle, m_texts.agreementUrl);
     return notice;
 }

@@ -32,11 +32,7 @@ ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& tex
 {
 }
 
-ZarnActionsApp::~ZarnActionsApp()
-{
-    if (m_keychainQueue)
-        m_keychainQueue->drain(std::chrono::seconds(10));
-}
+ZarnActionsApp::~ZarnActionsApp() = default;
 
 int ZarnActionsApp::run()
 {
@@ -46,6 +42,11 @@ int ZarnActionsApp::run()
     storyboard->setViewControllerFactory(
         [this](std::string_view customClass) { return makeViewController(customClass); });
     return m_services.application.run(m_delegate);
+}
+
+bool ZarnActionsApp::finishKeychainWrites()
+{
+    return !m_keychainQueue || m_keychainQueue->drain(std::chrono::seconds(10));
 }
 
 std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_view customClass)

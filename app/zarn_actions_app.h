@@ -23,7 +23,8 @@ class ViewController;
 class Credentials;
 
 /// Everything that exists once per process, wired together. A test that makes one has a fresh
-/// process. Destroying it drains the keychain queue, 10 s at most. Main thread only.
+/// process. The keychain queue ends first, so that its work finds all that it uses. Main thread
+/// only.
 class ZarnActionsApp {
 public:
     ZarnActionsApp(const Services& services, const ProductTexts& texts);
@@ -33,6 +34,9 @@ public:
 
     /// Hands control to the platform's application loop; the exit code of the process.
     int run();
+    /// After run(): waits for the keychain writes that were accepted, 10 s at most. False when time
+    /// ran out; a write still uses this object then, so the process must end without destroying it.
+    [[nodiscard]] bool finishKeychainWrites();
 
     /// The controller of a storyboard's custom class; nullptr for an unknown one.
     std::unique_ptr<ViewController> makeViewController(std::string_view customClass);

@@ -13,8 +13,20 @@
 #include "profiles/server_url.h"
 
 #include <algorithm>
+#include <limits>
 
 namespace zarn {
+
+namespace {
+
+// A check box has no more states than an int; a stored number outside stays as far out as it can.
+int buttonState(std::int64_t stored)
+{
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(stored, -most, most));
+}
+
+} // namespace
 
 LoginVC::LoginVC(const Deps& deps)
     : m_deps(deps)
@@ -44,11 +56,11 @@ void LoginVC::viewDidLoad()
 
 void LoginVC::restoreCredentialMode()
 {
-    const auto stored = static_cast<int>(m_deps.domains.actionsDefaults().integer("useUsername"));
-    m_deps.connection.useUsernameState = stored;
+    const auto stored = m_deps.domains.actionsDefaults().integer("useUsername");
+    m_deps.connection.useUsernameState = buttonState(stored);
     m_deps.connection.useApiClient = stored == 0 ? 1 : 0;
     m_deps.console.writeLine("[viewDidLoad] username: " + std::to_string(stored));
-    m_outlets.useUsername_button->setState(stored);
+    m_outlets.useUsername_button->setState(buttonState(stored));
     m_fields.applyCredentialModeLabels();
 }
 
@@ -64,7 +76,7 @@ void LoginVC::restoreProfiles()
     m_store.trimProfiles(profiles);
     listProfiles();
     m_outlets.saveCreds_button->setState(
-        static_cast<int>(m_deps.domains.standardDefaults().integer("saveCreds")));
+        buttonState(m_deps.domains.standardDefaults().integer("saveCreds")));
     if (profiles.empty()) {
         m_outlets.zarnProServer_textfield->setStringValue("");
         m_menu.rebuildServerMenu({});
@@ -133,6 +145,8 @@ void LoginVC::viewDidAppear()
 
 void LoginVC::viewWillDisappear()
 {
+    // Nothing here registers for it. The removal stays: it costs nothing, and a registration made
+    // elsewhere for this view cannot be left behind.
     m_deps.notificationCenter.removeObserver(this, "AppleInterfaceThemeChangedNotification");
 }
 
@@ -192,8 +206,8 @@ void LoginVC::leaveAddMode()
 }
 
 // `lastServer` mostly holds a display name while the walk compares URLs, so that mostly the last
-// profile of the map is taken. Meant as it stands: the add that was given up changed nothing that
-// the user could expect to see again.
+// profile of the map is taken. Do not compare names instead: only a profile that start-up found by
+// its URL counts as the one to come back to.
 void LoginVC::showProfileOfLastServer()
 {
     std::optional<std::string> server;

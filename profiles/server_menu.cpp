@@ -76,6 +76,8 @@ void ServerMenu::askToRemove()
     }
 }
 
+// Which profile is current, the user name and the keychain entries stay on purpose: actions that
+// are set up with this server go on working.
 void ServerMenu::removeProfile(const std::string& displayName)
 {
     auto& model = m_deps.model;

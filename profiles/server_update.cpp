@@ -24,6 +24,7 @@ void ServerUpdate::updateServerInfo(const Button& sender)
     const auto resultBox = std::make_shared<std::string>();
     outlets.quit_Button->setEnabled(false);
     outlets.spinner_PI->startAnimation();
+    // Only an add needs a name; "Set" lets a blank one through, it creates no record.
     // Where the question for a name ends the flow, the spinner goes on and the button stays off
     // until a later click completes; both say that something is unfinished.
     if (outlets.displayName_TextField->stringValue().empty() && sender.title() == "Add"
@@ -105,6 +106,8 @@ void ServerUpdate::saveProfile()
     auto& model = m_deps.model;
     const auto displayName = m_deps.outlets.displayName_TextField->stringValue();
     model.sortedDisplayNames.push_back(displayName);
+    // A name trimmed here stays in the menu until the next start, on purpose: a menu must not lose
+    // items that the user did not remove.
     m_deps.store.trimProfiles(model.availableServersDict);
     m_deps.store.addProfile(model.availableServersDict, displayName, m_deps.connection.serverUrl);
     m_deps.menu.rebuildServerMenu(model.sortedDisplayNames);

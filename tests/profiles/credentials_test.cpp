@@ -1,0 +1,375 @@
+// SPDX-License-Identifier: MIT
+#include "profiles/credentials.h"
+
+#include "tests/profiles/login_fixture.h"
+
+#include <condition_variable>
+#include <mutex>
+#include <thread>
+
+namespace zarn {
+
+namespace {
+
+constexpr const char* notFoundLine = "[credentials.checkExisting] lookup error occurred: -25300";
+constexpr KeychainStatus withoutText = keychain_status::interactionNotAllowed;
+
+class CredentialsTest : public LoginTest {
+protected:
+    void save(const std::string& service, const std::string& account, const std::string& secret)
+    {
+        makeCredentials()->save(service, account, secret);
+    }
+    void saveNow(const std::string& service, const std::string& account, const std::string& secret)
+    {
+        save(service, account, secret);
+        queue.runAll();
+    }
+};
+
+TEST_F(CredentialsTest, AnItemIsWrittenWithEveryAttribute)
+{
+    connection.useApiClient = 0;
+    saveNow("host", "admin", "s3cret");
+    ASSERT_EQ(platform.keychain.items.size(), 1U);
+    const auto& item = platform.keychain.items.front();
+    EXPECT_EQ(item.accessGroup, "Q7X2M9K4TA.org.zarnie.zpshortcuts");
+    EXPECT_EQ(item.service, "ZPMA-host");
+    EXPECT_EQ(item.account, "admin");
+    EXPECT_EQ(item.secret, (Data{'s', '3', 'c', 'r', 'e', 't'}));
+}
+
+TEST_F(CredentialsTest, AnEmptyServiceSavesNothing)
+{
+    save("", "admin", "secret");
+    EXPECT_EQ(queue.pending(), 0U);
+    EXPECT_TRUE(events().empty());
+}
+
+TEST_F(CredentialsTest, ASecretThatIsNotUtf8SavesNothing)
+{
+    save("host", "admin", "\xff\xfe");
+    EXPECT_EQ(queue.pending(), 0U);
+    EXPECT_TRUE(events().empty());
+}
+
+TEST_F(CredentialsTest, AnEmptySecretAndAnEmptyAccountAreSaved)
+{
+    saveNow("host", "", "");
+    EXPECT_EQ(keychainItems(), (std::vector<std::string>{"zortcuts-apiClient-host/="}));
+}
+
+TEST_F(CredentialsTest, TheWriteHappensLaterOnTheQueue)
+{
+    save("host", "admin", "secret");
+    EXPECT_EQ(queue.pending(), 1U);
+    EXPECT_TRUE(events().empty());
+    queue.runAll();
+    EXPECT_EQ(keychainItems().size(), 1U);
+}
+
+TEST_F(CredentialsTest, WritesKeepTheOrderInWhichTheyWereSubmitted)
+{
+    save("host", "admin", "one");
+    save("ZPMA-zortcuts", "zortcuts", "two");
+    queue.runAll();
+    EXPECT_EQ(keychainItems(),
+        (std::vector<std::string>{
+            "zortcuts-apiClient-host/admin=one", "ZPMA-zortcuts/zortcuts=two"}));
+}
+
+TEST_F(CredentialsTest, ThePrefixIsChosenByTheModeAtTheMomentOfTheCall)
+{
+    const struct {
+        int useApiClient;
+        const char* item;
+    } rows[] = {
+        {1, "zortcuts-apiClient-h/a=s"}, {0, "ZPMA-h/a=s"}, {2, "ZPMA-h/a=s"}, {-1, "ZPMA-h/a=s"}};
+    for (const auto& row : rows) {
+        platform.keychain.items.clear();
+        connection.useApiClient = row.useApiClient;
+        save("h", "a", "s");
+        connection.useApiClient = row.useApiClient == 1 ? 0 : 1; // Too late to matter.
+        queue.runAll();
+        EXPECT_EQ(keychainItems(), (std::vector<std::string>{row.item}));
+    }
+}
+
+TEST_F(CredentialsTest, TheCurrentProfileServiceIsNeverPrefixed)
+{
+    for (const int mode : {0, 1}) {
+        platform.keychain.items.clear();
+        connection.useApiClient = mode;
+        saveNow("ZPMA-zortcuts", "zortcuts", "text");
+        EXPECT_EQ(keychainItems(), (std::vector<std::string>{"ZPMA-zortcuts/zortcuts=text"}));
+    }
+    connection.useApiClient = 0;
+    saveNow("zpma-zortcuts", "a", "s"); // Only the exact text.
+    EXPECT_EQ(keychainItems().back(), "ZPMA-zpma-zortcuts/a=s");
+}
+
+TEST_F(CredentialsTest, ANewItemIsLookedUpThenAddedWithOneLogLine)
+{
+    saveNow("host", "admin", "secret");
+    std::erase_if(events(), [](const std::string& e) { return !e.starts_with("keychain"); });
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{"keychain copy zortcuts-apiClient-host/admin",
+            "keychain add zortcuts-apiClient-host/admin"}));
+    EXPECT_EQ(logMessages(), (std::vector<std::string>{notFoundLine}));
+}
+
+TEST_F(CredentialsTest, AnEqualSecretIsNotWrittenAgainAndNothingIsLogged)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "secret");
+    saveNow("host", "admin", "secret");
+    EXPECT_EQ(events(), (std::vector<std::string>{"keychain copy zortcuts-apiClient-host/admin"}));
+    EXPECT_TRUE(logMessages().empty());
+}
+
+TEST_F(CredentialsTest, SecretsAreComparedExactly)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "secret");
+    saveNow("host", "admin", "Secret");
+    EXPECT_EQ(keychainItems(), (std::vector<std::string>{"zortcuts-apiClient-host/admin=Secret"}));
+}
+
+TEST_F(CredentialsTest, AnotherSecretReplacesTheOldOneSilently)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "old");
+    saveNow("host", "admin", "new");
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{"keychain copy zortcuts-apiClient-host/admin",
+            "keychain update zortcuts-apiClient-host/*"}));
+    EXPECT_EQ(keychainItems(), (std::vector<std::string>{"zortcuts-apiClient-host/admin=new"}));
+    EXPECT_TRUE(logMessages().empty());
+}
+
+TEST_F(CredentialsTest, TheUpdateNamesNoAccountAndSoChangesTheFirstItemOfTheService)
+{
+    storeSecret("zortcuts-apiClient-host", "first", "1");
+    storeSecret("zortcuts-apiClient-host", "second", "2");
+    saveNow("host", "second", "new");
+    EXPECT_EQ(keychainItems(),
+        (std::vector<std::string>{
+            "zortcuts-apiClient-host/first=new", "zortcuts-apiClient-host/second=2"}));
+}
+
+TEST_F(CredentialsTest, OnlyTheLookUpOfOneAccountLeavesTheDatabaseOpen)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "old");
+    saveNow("host", "admin", "new");
+    makeCredentials()->retrieve("host");
+    const auto& queries = platform.keychain.queries;
+    ASSERT_EQ(queries.size(), 3U);
+    EXPECT_EQ(queries[0].account, "admin"); // checkExisting
+    EXPECT_FALSE(queries[0].useDataProtectionKeychain);
+    EXPECT_EQ(queries[1].account, std::nullopt); // update
+    EXPECT_TRUE(queries[1].useDataProtectionKeychain);
+    EXPECT_EQ(queries[2].account, std::nullopt); // lookupItem
+    EXPECT_TRUE(queries[2].useDataProtectionKeychain);
+    for (const auto& query : queries) {
+        EXPECT_EQ(query.accessGroup, "Q7X2M9K4TA.org.zarnie.zpshortcuts");
+        EXPECT_EQ(query.service, "zortcuts-apiClient-host");
+    }
+}
+
+TEST_F(CredentialsTest, AFailedUpdateWithATextSaysSo)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "old");
+    platform.keychain.updateStatus = keychain_status::userCanceled;
+    saveNow("host", "admin", "new");
+    EXPECT_EQ(logMessages(),
+        (std::vector<std::string>{
+            "keychain item for service host, account admin, failed to update."}));
+}
+
+TEST_F(CredentialsTest, AFailedUpdateWithoutATextReadsAsDone)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "old");
+    platform.keychain.updateStatus = withoutText;
+    saveNow("host", "admin", "new");
+    EXPECT_EQ(logMessages(),
+        (std::vector<std::string>{
+            "keychain item for service host, account admin, has been updated."}));
+}
+
+TEST_F(CredentialsTest, AFailedAddWithATextIsLoggedWithIt)
+{
+    platform.keychain.addStatus = keychain_status::notAvailable;
+    saveNow("host", "admin", "secret");
+    EXPECT_EQ(logMessages(),
+        (std::vector<std::string>{
+            notFoundLine, "Write failed for service host, account admin: There is no keychain.."}));
+}
+
+TEST_F(CredentialsTest, AFailedAddWithoutATextIsNotLogged)
+{
+    platform.keychain.addStatus = withoutText;
+    saveNow("host", "admin", "secret");
+    EXPECT_EQ(logMessages(), (std::vector<std::string>{notFoundLine}));
+}
+
+TEST_F(CredentialsTest, LogLinesNameTheServiceAsItWasPassed)
+{
+    platform.keychain.addStatus = keychain_status::userCanceled;
+    saveNow("ZPMA-zortcuts", "zortcuts", "secret");
+    EXPECT_EQ(logMessages().back(),
+        "Write failed for service ZPMA-zortcuts, account zortcuts: The user refused..");
+}
+
+TEST_F(CredentialsTest, NoLogLineHoldsASecret)
+{
+    for (const auto status : {keychain_status::userCanceled, withoutText}) {
+        platform.keychain.addStatus = platform.keychain.updateStatus = status;
+        storeSecret("zortcuts-apiClient-old", "admin", "an old secret");
+        saveNow("old", "admin", "a new secret");
+        saveNow("new", "admin", "a new secret");
+    }
+    ASSERT_FALSE(logMessages().empty());
+    for (const auto& message : logMessages())
+        EXPECT_EQ(message.find("secret"), std::string::npos) << message;
+}
+
+TEST_F(CredentialsTest, ALookUpThatFailsOtherwiseIsNotLoggedAndTheItemIsAdded)
+{
+    platform.keychain.copyStatus = withoutText;
+    saveNow("host", "admin", "secret");
+    EXPECT_EQ(keychainItems().size(), 1U);
+    EXPECT_TRUE(logMessages().empty());
+}
+
+TEST_F(CredentialsTest, AnExistingItemIsFoundByNameAndAccount)
+{
+    storeSecret("ZPMA-host", "other", "o");
+    storeSecret("ZPMA-host", "admin", "s");
+    EXPECT_EQ(makeCredentials()->checkExisting("ZPMA-host", "admin"), (AccountMap{{"admin", "s"}}));
+    EXPECT_TRUE(logMessages().empty());
+    EXPECT_TRUE(makeCredentials()->checkExisting("host", "admin").empty());
+    EXPECT_EQ(logMessages(), (std::vector<std::string>{notFoundLine}));
+}
+
+TEST_F(CredentialsTest, AStoredSecretThatIsNotUtf8ReadsAsNone)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "\xff");
+    EXPECT_TRUE(makeCredentials()->retrieve("host").empty());
+    EXPECT_TRUE(makeCredentials()->checkExisting("zortcuts-apiClient-host", "admin").empty());
+    EXPECT_TRUE(logMessages().empty());
+}
+
+TEST_F(CredentialsTest, TheFirstItemOfAServiceIsRetrievedWithItsAccount)
+{
+    storeSecret("zortcuts-apiClient-host", "first", "1");
+    storeSecret("zortcuts-apiClient-host", "second", "2");
+    EXPECT_EQ(makeCredentials()->retrieve("host"), (AccountMap{{"first", "1"}}));
+}
+
+TEST_F(CredentialsTest, RetrievingSeesTheEntriesOfItsModeOnly)
+{
+    storeSecret("ZPMA-host", "admin", "password");
+    storeSecret("zortcuts-apiClient-host", "id", "secret");
+    connection.useApiClient = 0;
+    EXPECT_EQ(makeCredentials()->retrieve("host"), (AccountMap{{"admin", "password"}}));
+    connection.useApiClient = 1;
+    EXPECT_EQ(makeCredentials()->retrieve("host"), (AccountMap{{"id", "secret"}}));
+}
+
+TEST_F(CredentialsTest, AFailedRetrieveIsEmptyAndNotLogged)
+{
+    for (const auto status : {keychain_status::itemNotFound, keychain_status::notAvailable,
+             keychain_status::userCanceled, withoutText}) {
+        platform.keychain.copyStatus = status;
+        EXPECT_TRUE(makeCredentials()->retrieve("host").empty());
+    }
+    EXPECT_TRUE(logMessages().empty());
+}
+
+TEST_F(CredentialsTest, ARetrieveRightAfterASaveReadsTheOldValue)
+{
+    storeSecret("zortcuts-apiClient-host", "admin", "old");
+    save("host", "admin", "new");
+    EXPECT_EQ(makeCredentials()->retrieve("host"), (AccountMap{{"admin", "old"}}));
+    queue.runAll();
+    EXPECT_EQ(makeCredentials()->retrieve("host"), (AccountMap{{"admin", "new"}}));
+}
+
+TEST_F(CredentialsTest, ItemsOfAnotherAccessGroupAreNotSeen)
+{
+    platform.keychain.items.push_back({"another group", "zortcuts-apiClient-host", "a", {'s'}});
+    EXPECT_TRUE(makeCredentials()->retrieve("host").empty());
+}
+
+/// A queue with a thread of its own, as in the real program.
+class ThreadedQueue final : public SerialQueue {
+public:
+    ~ThreadedQueue() override
+    {
+        {
+            const std::lock_guard lock(m_mutex);
+            m_ends = true;
+        }
+        m_changed.notify_all();
+        m_thread.join();
+    }
+    void async(std::function<void()> work) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_work.push_back(std::move(work));
+        m_changed.notify_all();
+    }
+    bool drain(std::chrono::milliseconds limit) override
+    {
+        std::unique_lock lock(m_mutex);
+        return m_changed.wait_for(lock, limit, [this] { return m_work.empty() && !m_isBusy; });
+    }
+    const std::string& label() const override { return m_label; }
+
+private:
+    void run()
+    {
+        std::unique_lock lock(m_mutex);
+        for (;;) {
+            m_changed.wait(lock, [this] { return m_ends || !m_work.empty(); });
+            if (m_work.empty())
+                return;
+            auto work = std::move(m_work.front());
+            m_work.pop_front();
+            m_isBusy = true;
+            lock.unlock();
+            work();
+            work = nullptr;
+            lock.lock();
+            m_isBusy = false;
+            m_changed.notify_all();
+        }
+    }
+
+    std::string m_label = "com.zarn.zarn-shortcuts";
+    std::mutex m_mutex;
+    std::condition_variable m_changed;
+    std::deque<std::function<void()>> m_work;
+    bool m_ends = false;
+    bool m_isBusy = false;
+    std::thread m_thread{[this] { run(); }};
+};
+
+TEST_F(CredentialsTest, WritesOutliveTheObjectsThatSubmittedThem)
+{
+    // No look-up may log: log and events are not shared with the main thread meanwhile.
+    for (int i = 0; i < 50; ++i)
+        storeSecret("zortcuts-apiClient-host" + std::to_string(i), "admin", "old");
+    {
+        ThreadedQueue threaded;
+        for (int i = 0; i < 50; ++i)
+            std::make_shared<Credentials>(
+                Credentials::Deps{platform.keychain, threaded, logFile, connection})
+                ->save("host" + std::to_string(i), "admin", "new" + std::to_string(i));
+        EXPECT_TRUE(threaded.drain(std::chrono::seconds(30)));
+    }
+    for (int i = 0; i < 50; ++i)
+        EXPECT_EQ(keychainItems().at(static_cast<std::size_t>(i)),
+            "zortcuts-apiClient-host" + std::to_string(i) + "/admin=new" + std::to_string(i));
+}
+
+} // namespace
+
+} // namespace zarn
