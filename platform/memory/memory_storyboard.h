@@ -62,11 +62,11 @@ public:
 
     /// Clicks a button; a check box or disclosure button flips first. False when it is hidden,
     /// disabled or has no action.
-    bool click(std::string_view name);
+    [[nodiscard]] bool click(std::string_view name);
     /// Chooses an item of the pop-up button; false when it is hidden or has no such item.
-    bool choose(std::string_view title);
+    [[nodiscard]] bool choose(std::string_view title);
     /// Types into a field in place of what stood there; false when the user cannot.
-    bool type(std::string_view name, std::string_view text);
+    [[nodiscard]] bool type(std::string_view name, std::string_view text);
     /// The keyboard focus leaves a field.
     void leave(std::string_view name) { outlets.fieldNamed(name).endEditing(); }
 

@@ -14,7 +14,9 @@
 #include <gtest/gtest.h>
 
 #include <deque>
+#include <functional>
 #include <memory>
+#include <sstream>
 #include <string>
 #include <vector>
 
@@ -141,11 +143,24 @@ protected:
     }
     std::string selectedTitle() { return window.outlets.popUp.titleOfSelectedItem(); }
 
-    void typeServer(std::string_view url) { window.type("zarnProServer_textfield", url); }
+    /// What a user does; the test fails when the control does not let him.
+    void click(std::string_view name) { EXPECT_TRUE(window.click(name)) << name; }
+    void choose(std::string_view title) { EXPECT_TRUE(window.choose(title)) << title; }
+    void type(std::string_view name, std::string_view text)
+    {
+        EXPECT_TRUE(window.type(name, text)) << name;
+    }
+    void chooseWithOption(std::string_view title)
+    {
+        platform.application.modifierFlags = modifierFlagOption;
+        choose(title);
+        platform.application.modifierFlags = 0;
+    }
+    void typeServer(std::string_view url) { type("zarnProServer_textfield", url); }
     void typeCredentials(std::string_view username, std::string_view password)
     {
-        window.type("zarnProUsername_textfield", username);
-        window.type("zarnProPassword_textfield", password);
+        type("zarnProUsername_textfield", username);
+        type("zarnProPassword_textfield", password);
     }
     /// The log's messages without their time stamps ("Sat Mar 01 10:15:00 ").
     std::vector<std::string> logMessages() const
@@ -153,11 +168,14 @@ protected:
         constexpr std::size_t stampLength = 20;
         std::vector<std::string> messages;
         for (const auto& [path, contents] : platform.fileManager.files) {
-            std::size_t start = 0;
-            for (auto end = contents.find('\n'); end != std::string::npos;
-                 end = contents.find('\n', start)) {
-                messages.push_back(contents.substr(start + stampLength, end - start - stampLength));
-                start = end + 1;
+            std::istringstream lines(contents);
+            for (std::string line; std::getline(lines, line);) {
+                const bool isStamped
+                    = line.size() >= stampLength && line[13] == ':' && line[16] == ':';
+                if (isStamped)
+                    messages.push_back(line.substr(stampLength));
+                else if (!messages.empty())
+                    messages.back() += "\n" + line;
             }
         }
         return messages;
