@@ -17,8 +17,8 @@ struct Colors {
 // Every pair of text and background reaches a contrast of 4.5 at least; what is disabled is exempt.
 constexpr Colors light{0xfff2f2f2, 0xffffffff, 0xfff7f7f7, 0xffe9e9e9, 0xff1a1a1a, 0xff8c8c8c,
     0xff1f5fa8, 0xffffffff, 0xff174a86, 0xff6b6b6b};
-constexpr Colors dark{0xff2b2b2b, 0xff1e1e1e, 0xff262626, 0xff3c3c3c, 0xfff0f0f0, 0xff808080,
-    0xff3a78c2, 0xffffffff, 0xff8ab8f5, 0xffa0a0a0};
+constexpr Colors dark{0xff2b2b2b, 0xff1e1e1e, 0xff262626, 0xff484848, 0xfff0f0f0, 0xff808080,
+    0xff2f6bb0, 0xffffffff, 0xff9cc4f8, 0xffa0a0a0};
 
 QPalette paletteOf(const Colors& colors)
 {

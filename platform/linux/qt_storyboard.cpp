@@ -7,6 +7,7 @@
 #include "ui_terms_of_use.h"
 
 #include <QMainWindow>
+#include <QScreen>
 #include <QTimer>
 
 #include <algorithm>
@@ -105,9 +106,10 @@ void QtStoryboard::performSegue(QtScene& from, std::string_view identifier)
         scene->load(m_factory(scene->customClass()));
     auto& shown = *scene;
     m_scenes.push_back(std::move(scene));
-    const auto parent = from.mainWindow().frameGeometry();
+    // The parent may not be placed yet; the middle of its screen is always in sight.
+    const auto screen = from.mainWindow().screen()->availableGeometry();
+    shown.mainWindow().move(screen.center() - shown.mainWindow().rect().center());
     shown.show();
-    shown.mainWindow().move(parent.center() - shown.mainWindow().rect().center());
 }
 
 void QtStoryboard::sceneClosed(QtScene& scene)
