@@ -1,0 +1,132 @@
+// SPDX-License-Identifier: MIT
+#include "app/tou_vc.h"
+
+#include "tests/app/app_fixture.h"
+
+namespace zarn {
+
+namespace {
+
+class TermsTest : public AppTest {
+protected:
+    memory::MemoryWindowController& loadTerms()
+    {
+        memory::layOut("ToUVC", terms.outlets);
+        terms.controller = app().makeViewController("ToUVC");
+        terms.controller->setView(&terms.view);
+        terms.controller->connectOutlets(terms.outlets);
+        terms.controller->viewDidLoad();
+        return terms;
+    }
+    memory::MemoryWindowController terms{"", platform.events};
+};
+
+using TermsDeathTest = TermsTest;
+
+TEST_F(TermsTest, TheViewShowsIconAndNotice)
+{
+    loadTerms();
+    EXPECT_EQ(terms.outlets.imageViewNamed("icon_ImageView").image(), ImageName::AppIcon);
+    EXPECT_EQ(terms.outlets.textViewNamed("termsOfUse_TextView").attributedText(),
+        Appearance(standard(), texts).noticeText());
+}
+
+TEST_F(TermsTest, AppearingTakesEveryControlOfTheWindowAwayBitByBit)
+{
+    loadTerms();
+    terms.controller->viewWillAppear();
+    EXPECT_EQ(terms.ownWindow.titleVisibility, TitleVisibility::Hidden);
+    EXPECT_TRUE(terms.ownWindow.titlebarTransparent);
+    ASSERT_FALSE(terms.ownWindow.masks.empty());
+    EXPECT_EQ(terms.ownWindow.masks.front(), 32768U);
+    EXPECT_EQ(terms.ownWindow.styleMask(), 32768U);
+}
+
+TEST_F(TermsTest, AppearingPaintsTheViewInItsMode)
+{
+    loadTerms();
+    terms.controller->viewWillAppear();
+    EXPECT_TRUE(terms.view.hasLayer());
+    EXPECT_EQ(terms.view.alpha, 0.2);
+    standard().globalValues["AppleInterfaceStyle"] = "Dark";
+    terms.controller->viewWillAppear();
+    EXPECT_EQ(terms.view.alpha, 1.0);
+    EXPECT_EQ(terms.outlets.textViewNamed("termsOfUse_TextView").attributedText().front().color,
+        TextColor::White);
+}
+
+TEST_F(TermsTest, TheViewDoesNotObserveTheTheme)
+{
+    loadTerms();
+    terms.controller->viewWillAppear();
+    EXPECT_EQ(platform.notificationCenter.observerCount(), 0U);
+    standard().globalValues["AppleInterfaceStyle"] = "Dark";
+    static_cast<ToUVC&>(*terms.controller).interfaceModeChanged();
+    EXPECT_EQ(terms.view.alpha, 1.0);
+}
+
+TEST_F(TermsTest, ATextViewWithoutStorageIsLeftAlone)
+{
+    terms.outlets.textViewNamed("termsOfUse_TextView").withTextStorage = false;
+    loadTerms();
+    terms.controller->viewWillAppear();
+    EXPECT_EQ(terms.outlets.textViewNamed("termsOfUse_TextView").timesFilled, 0);
+}
+
+TEST_F(TermsTest, ExitStoresFalseThenEndsTheApplication)
+{
+    loadTerms();
+    EXPECT_TRUE(terms.click("exit_Button"));
+    EXPECT_EQ(events(), (std::vector<std::string>{"set standard agreedToTermsOfUse", "terminate"}));
+    EXPECT_EQ(standard().values.at("agreedToTermsOfUse"), Value(false));
+}
+
+TEST_F(TermsTest, AcceptingStoresTrueThenDismissesTheView)
+{
+    loadTerms();
+    EXPECT_TRUE(terms.click("accept_Button"));
+    EXPECT_EQ(events(), (std::vector<std::string>{"set standard agreedToTermsOfUse", "dismiss"}));
+    EXPECT_EQ(standard().values.at("agreedToTermsOfUse"), Value(true));
+}
+
+TEST_F(TermsTest, OnlyTheExactTitleExitDeclines)
+{
+    const struct {
+        const char* title;
+        bool agreed;
+    } rows[] = {{"Exit", false}, {"exit", true}, {"Accept", true}, {"I agree", true}, {"", true},
+        {"Exit ", true}};
+    for (const auto& row : rows) {
+        loadTerms();
+        terms.outlets.buttonNamed("exit_Button").setTitle(row.title);
+        EXPECT_TRUE(terms.click("exit_Button"));
+        EXPECT_EQ(standard().values.at("agreedToTermsOfUse"), Value(row.agreed)) << row.title;
+    }
+}
+
+TEST_F(TermsTest, AnUnknownActionIsRefused)
+{
+    loadTerms();
+    EXPECT_FALSE(terms.controller->performAction("accept", nullptr));
+    EXPECT_FALSE(terms.controller->performAction("exitOrAccept", nullptr));
+    EXPECT_TRUE(events().empty());
+}
+
+TEST_F(TermsDeathTest, AMissingIconOrTextViewStopsTheProcessAndIsNamed)
+{
+    for (const std::string name : {"icon_ImageView", "termsOfUse_TextView"}) {
+        terms.outlets.missing = {name};
+        EXPECT_DEATH(loadTerms(), "missing outlet " + name);
+    }
+}
+
+TEST_F(TermsDeathTest, AppearingWithoutAWindowStopsTheProcess)
+{
+    loadTerms();
+    terms.view.shownIn = nullptr;
+    EXPECT_DEATH(terms.controller->viewWillAppear(), "the terms of use have no window");
+}
+
+} // namespace
+
+} // namespace zarn
