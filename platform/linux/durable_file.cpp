@@ -205,6 +205,15 @@ Status replacePrivateFile(const std::string& path, std::string_view contents)
     return syncFolder(folderOf(path));
 }
 
+Status removePrivateFile(const std::string& path)
+{
+    if (::unlink(path.c_str()) == 0)
+        return syncFolder(folderOf(path));
+    if (errno == ENOENT)
+        return Success{};
+    return failure("cannot remove", path);
+}
+
 Result<std::string> keepDamagedCopy(const std::string& path)
 {
     const std::time_t now = std::time(nullptr);

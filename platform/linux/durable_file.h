@@ -59,6 +59,9 @@ Result<std::string> readPrivateFile(const std::string& path, std::size_t limit);
 /// left behind is gone after the next write.
 Status replacePrivateFile(const std::string& path, std::string_view contents);
 
+/// Removes a file for good (the folder is flushed). Success when there is none.
+Status removePrivateFile(const std::string& path);
+
 /// Keeps the file at `path` under the name `<path>.damaged-<time>` too; answers that name.
 Result<std::string> keepDamagedCopy(const std::string& path);
 
