@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/url_session.h"
+
+#include <gtest/gtest.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zarn {
+
+/// A request as the far end saw it.
+struct SeenRequest {
+    std::string method;
+    std::string url;
+    /// The session's own headers, in the order sent.
+    HttpHeaders headers;
+    std::string body;
+};
+
+/// Sessions and a server for them.
+class UrlSessionBackend {
+public:
+    virtual ~UrlSessionBackend() = default;
+
+    virtual UrlSessions& sessions() = 0;
+    virtual void destroySessions() = 0;
+    /// An address whose requests get the scripted replies, in order; without one a 404.
+    virtual Url url(const std::string& path) = 0;
+    virtual void willReply(int status, const std::string& body) = 0;
+    /// The next request ends without an HTTP response.
+    virtual void willNotRespond() = 0;
+    virtual std::vector<SeenRequest> seen() = 0;
+    /// Runs the main thread's work until `done` answers true or nothing more comes.
+    virtual bool runUntil(const std::function<bool()>& done) = 0;
+};
+
+struct UrlSessionBackendFactory {
+    std::string name;
+    std::function<std::unique_ptr<UrlSessionBackend>()> make;
+};
+
+/// What every kind of URL session has to do.
+class UrlSessionContract : public testing::TestWithParam<UrlSessionBackendFactory> {
+protected:
+    std::shared_ptr<UrlSession> makeSession(const HttpHeaders& headers = {});
+    /// Sends and waits; nothing when no response came or the completion did not run.
+    std::optional<HttpResponse> send(const UrlRequest& request, const HttpHeaders& headers = {});
+
+    std::unique_ptr<UrlSessionBackend> backend = GetParam().make();
+    UrlSessionDelegate delegate;
+};
+
+} // namespace zarn

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/curl_url_sessions.h"
+#include "tests/support/demo_server.h"
+#include "tests/support/test_main_queue.h"
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+namespace zarn::linux_backend {
+
+/// The certificate authority that this test process trusts, through SSL_CERT_FILE. The first call
+/// sets the environment (no proxy either) and must come before any other thread runs.
+const demo::Certificate& trustedAuthority();
+
+/// The full forms of the robustness tests are asked for (ZARN_LONG=1).
+bool longTests();
+
+/// A server on loopback with a good certificate, which answers as the test's handler says and keeps
+/// what it was asked.
+class LoopbackServer {
+public:
+    explicit LoopbackServer(demo::Handler handler, demo::ServerOptions options = {});
+
+    /// The root of its address, with 127.0.0.1 unless another host is given.
+    std::string https(const std::string& host = "127.0.0.1") const;
+    std::string http(const std::string& host = "127.0.0.1") const;
+    std::vector<demo::Request> requests() const;
+    demo::Traffic traffic() const { return m_server->traffic(); }
+
+private:
+    mutable std::mutex m_mutex;
+    std::vector<demo::Request> m_requests;
+    std::unique_ptr<demo::Server> m_server;
+};
+
+/// Options with a certificate for 127.0.0.1, ::1 and localhost, signed by the trusted authority.
+demo::ServerOptions goodServerOptions();
+
+/// Sessions on a main queue of their own, and a way to wait for a reply.
+class HttpClient {
+public:
+    explicit HttpClient(HttpLimits limits = shortLimits());
+
+    /// Limits that no test reaches by accident and that a failing one reaches soon.
+    static HttpLimits shortLimits();
+    std::optional<HttpResponse> send(const UrlRequest& request, const HttpHeaders& headers = {},
+        ServerTrust trust = ServerTrust::Evaluate);
+    /// GET of a text that can be formed into a URL.
+    std::optional<HttpResponse> get(const std::string& url, const HttpHeaders& headers = {});
+
+    TestMainQueue queue;
+    std::vector<std::string> complaints;
+    std::unique_ptr<CurlUrlSessions> sessions;
+};
+
+} // namespace zarn::linux_backend
