@@ -52,11 +52,19 @@ public:
     }
     int run(ApplicationDelegate& delegate) override
     {
+        m_delegate = &delegate;
         delegate.applicationDidFinishLaunching();
         if (whileRunning)
             whileRunning();
         delegate.applicationWillTerminate();
+        m_delegate = nullptr;
         return 0;
+    }
+    /// The user closed the last window.
+    void lastWindowClosed()
+    {
+        if (m_delegate && m_delegate->applicationShouldTerminateAfterLastWindowClosed())
+            terminate();
     }
     void activateIgnoringOtherApps() override { m_events.emplace_back("activate"); }
     void terminate() override
@@ -68,12 +76,14 @@ public:
     std::vector<Window*> windows() override { return openWindows; }
     unsigned currentModifierFlags() const override { return modifierFlags; }
 
+    /// In their order.
     std::vector<Window*> openWindows;
     unsigned modifierFlags = 0;
     std::function<void()> whileRunning;
     std::function<void()> onTerminate;
 
 private:
+    ApplicationDelegate* m_delegate = nullptr;
     std::vector<std::string>& m_events;
 };
 

@@ -21,6 +21,14 @@ namespace zarn::memory {
 
 /// Every double of the in-memory backend, with one record of events in the order they happened.
 struct MemoryPlatform {
+    MemoryPlatform()
+    {
+        storyboards.main.onLastWindowClosed = [this] { application.lastWindowClosed(); };
+    }
+    // The doubles refer to each other.
+    MemoryPlatform(const MemoryPlatform&) = delete;
+    MemoryPlatform& operator=(const MemoryPlatform&) = delete;
+
     std::vector<std::string> events;
     MemoryAlertRunner alertRunner{events};
     MemoryApplication application{events};

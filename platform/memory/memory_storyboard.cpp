@@ -116,6 +116,8 @@ void MemoryStoryboard::close(std::size_t index)
     shown.erase(shown.begin() + static_cast<std::ptrdiff_t>(index));
     if (closing->controller)
         closing->controller->viewWillDisappear();
+    if (shown.empty() && onLastWindowClosed)
+        onLastWindowClosed();
 }
 
 } // namespace zarn::memory

@@ -93,12 +93,13 @@ public:
     std::unique_ptr<WindowController> instantiateInitialController() override;
     void showWindow(std::unique_ptr<WindowController> controller) override;
 
-    /// Closes a shown window and ends its controller.
+    /// Closes a shown window and ends its controller. Closing the last one is told.
     void close(std::size_t index);
     /// The terms-of-use view while it is presented, else nullptr.
     MemoryWindowController* terms() const { return m_terms.get(); }
 
     std::vector<std::unique_ptr<MemoryWindowController>> shown;
+    std::function<void()> onLastWindowClosed;
     std::set<std::string, std::less<>> unknownIdentifiers;
     /// The windows of the controllers made next have none.
     bool withoutWindows = false;

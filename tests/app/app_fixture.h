@@ -42,6 +42,8 @@ protected:
         m_app.reset();
         platform.serialQueues.made.clear();
     }
+    /// As an earlier run left it.
+    void agreeToTerms() { standard().values["agreedToTermsOfUse"] = true; }
     void menu(std::string_view action)
     {
         EXPECT_TRUE(app().delegate().performMenuAction(action)) << action;
