@@ -85,11 +85,15 @@ Status MemoryFileManager::removeItem(const std::string& path)
         return Error{ErrorCode::Io, it->second};
     if (!fileExists(path))
         return Error{ErrorCode::NotFound, "There is no such file."};
-    files.erase(path);
-    folders.erase(withSlash(path));
     const auto prefix = withSlash(path);
-    std::erase_if(files, [&](const auto& entry) { return entry.first.starts_with(prefix); });
-    std::erase_if(folders, [&](const auto& folder) { return folder.starts_with(prefix); });
+    const auto eraseUnder = [&](auto& container, const auto& nameOf) {
+        auto it = container.lower_bound(prefix);
+        while (it != container.end() && nameOf(*it).starts_with(prefix))
+            it = container.erase(it);
+    };
+    files.erase(path);
+    eraseUnder(files, [](const auto& entry) -> const std::string& { return entry.first; });
+    eraseUnder(folders, [](const auto& folder) -> const std::string& { return folder; });
     return Success{};
 }
 

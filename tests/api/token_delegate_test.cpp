@@ -1,0 +1,281 @@
+// SPDX-License-Identifier: MIT
+#include "tests/api/api_fixture.h"
+
+namespace zarn {
+namespace {
+
+using Lines = std::vector<std::string>;
+
+class TokenDelegateTest : public ApiFixture {
+protected:
+    void getToken(const std::string& server = "https://zarn.example")
+    {
+        delegate->getToken(server, connection.base64Creds, completion());
+    }
+    void useUsername()
+    {
+        connection.useApiClient = 0;
+        connection.base64Creds = "YWRtaW46cHc=";
+    }
+    void useApiClient()
+    {
+        connection.username = "id&1";
+        connection.password = "s=c r%t";
+        connection.base64Creds = "aWQ6c2VjcmV0";
+    }
+};
+
+TEST_F(TokenDelegateTest, AUserNameAndPasswordTravelInTheAuthorizationHeader)
+{
+    useUsername();
+    getToken();
+    ASSERT_EQ(sessions.requests.size(), 1U);
+    const auto& request = sessions.requests[0];
+    EXPECT_EQ(request.method, "POST");
+    EXPECT_EQ(request.url, "https://zarn.example/api/v1/auth/token");
+    EXPECT_EQ(request.body, std::nullopt);
+    EXPECT_EQ(request.timeout, std::chrono::seconds(60));
+    EXPECT_EQ(request.storage, UrlSessionConfiguration::Storage::Ephemeral);
+    EXPECT_EQ(request.trust, ServerTrust::Evaluate);
+    EXPECT_EQ(request.delegate, delegate.get());
+    const HttpHeaders expected{{"Authorization", "Basic YWRtaW46cHc="},
+        {"Content-Type", "application/json"}, {"Accept", "application/json"},
+        {"User-Agent", "zarn%2Dactions/1.4.2"}};
+    EXPECT_EQ(request.headers, expected);
+}
+
+TEST_F(TokenDelegateTest, AnApiClientTravelsVerbatimInTheFormBody)
+{
+    useApiClient();
+    getToken();
+    ASSERT_EQ(sessions.requests.size(), 1U);
+    const auto& request = sessions.requests[0];
+    EXPECT_EQ(request.url, "https://zarn.example/api/oauth/token");
+    EXPECT_EQ(request.body, "grant_type=client_credentials&client_id=id&1&client_secret=s=c r%t");
+    const HttpHeaders expected{{"Content-Type", "application/x-www-form-urlencoded"},
+        {"Accept", "application/json"}, {"User-Agent", "zarn%2Dactions/1.4.2"}};
+    EXPECT_EQ(request.headers, expected);
+}
+
+TEST_F(TokenDelegateTest, TheCacheIsEmptiedBeforeTheRequest)
+{
+    getToken();
+    EXPECT_EQ(sessions.cacheClears, 1);
+    std::vector<std::string> network;
+    for (const auto& event : events) {
+        if (event.starts_with("empty") || event.starts_with("request"))
+            network.push_back(event);
+    }
+    EXPECT_EQ(network,
+        (Lines{"empty the URL cache", "request POST https://zarn.example/api/oauth/token"}));
+}
+
+TEST_F(TokenDelegateTest, AServerUrlThatEndsInASlashYieldsASingleOne)
+{
+    useUsername();
+    getToken("https://zarn.example/");
+    EXPECT_EQ(sessions.requests.at(0).url, "https://zarn.example/api/v1/auth/token");
+}
+
+TEST_F(TokenDelegateTest, AHostThatBeginsWithApiLosesASlashOfItsScheme)
+{
+    useUsername();
+    getToken("https://api.zarn.example");
+    EXPECT_EQ(sessions.requests.at(0).url, "https:/api.zarn.example/api/v1/auth/token");
+}
+
+TEST_F(TokenDelegateTest, AMalformedUrlFailsAtOnceWithoutARequest)
+{
+    useUsername();
+    getToken("https://zarn example");
+    EXPECT_EQ(outcomes, (Lines{"500 failed"}));
+    EXPECT_TRUE(sessions.requests.empty());
+    EXPECT_EQ(logLines(),
+        (Lines{"[TokenDelegate.getToken] Force basic authentication on https://zarn example: false",
+            "[TokenDelegate.getToken] Problem constructing the URL from https://zarn "
+            "example/api/v1/auth/token"}));
+}
+
+TEST_F(TokenDelegateTest, NoResponseIsAFailedConnection)
+{
+    connection.bearerTokenActive = true;
+    connection.token = "old";
+    getToken();
+    sessions.deliverAll();
+    EXPECT_EQ(outcomes, (Lines{"0 failedToConnect"}));
+    EXPECT_FALSE(connection.bearerTokenActive);
+    EXPECT_EQ(connection.token, "old");
+    EXPECT_EQ(sessions.sessionsInvalidated, 1);
+}
+
+TEST_F(TokenDelegateTest, EveryStatusOutsideTheTwoHundredsIsAFailedAuthentication)
+{
+    for (const int status : {100, 199, 300, 302, 400, 401, 403, 404, 500, 503}) {
+        outcomes.clear();
+        connection.bearerTokenActive = true;
+        sessions.reply(status, R"({"token":"t"})");
+        getToken();
+        sessions.deliverAll();
+        EXPECT_EQ(outcomes, Lines{std::to_string(status) + " failedToAuthenticate"});
+        EXPECT_FALSE(connection.bearerTokenActive);
+        EXPECT_EQ(connection.token, "");
+        EXPECT_EQ(connection.authScheme, "Basic");
+    }
+}
+
+TEST_F(TokenDelegateTest, AReplyThatIsNoObjectFails)
+{
+    for (const char* body : {"", "[]", "42", "\"text\"", "null", "{", "{\"token\":}"}) {
+        outcomes.clear();
+        connection.bearerTokenActive = true;
+        sessions.reply(201, body);
+        getToken();
+        sessions.deliverAll();
+        EXPECT_EQ(outcomes, (Lines{"201 failed"})) << body;
+        EXPECT_FALSE(connection.bearerTokenActive);
+    }
+}
+
+TEST_F(TokenDelegateTest, TheJsonErrorIsLoggedWithoutTheTextsOfTheReply)
+{
+    sessions.reply(200, R"(["a secret token", 7, {"k": "another secret"}])");
+    getToken();
+    sessions.deliverAll();
+    const auto lines = logLines();
+    ASSERT_EQ(lines.size(), 4U);
+    EXPECT_EQ(lines[2], "[TokenDelegate.getToken] JSON error.");
+    for (const auto& [path, contents] : files.files)
+        EXPECT_EQ(contents.find("secret"), std::string::npos);
+    EXPECT_NE(files.files.begin()->second.find("JSON error.\nOptional("), std::string::npos);
+}
+
+TEST_F(TokenDelegateTest, AnUnparsableReplyIsLoggedAsNil)
+{
+    sessions.reply(200, "<html>");
+    getToken();
+    sessions.deliverAll();
+    EXPECT_TRUE(
+        files.files.begin()->second.ends_with("[TokenDelegate.getToken] JSON error.\nnil\n"));
+}
+
+TEST_F(TokenDelegateTest, ATokenIsAdoptedAndTheVersionAskedFor)
+{
+    useUsername();
+    sessions.reply(200, R"({"token":"abc","expires":"2025"})");
+    getToken();
+    ASSERT_TRUE(sessions.deliver());
+    EXPECT_EQ(connection.token, "abc");
+    EXPECT_EQ(connection.authScheme, "Bearer");
+    EXPECT_TRUE(connection.bearerTokenActive);
+    EXPECT_EQ(connection.tokenCreated, clock.time);
+    EXPECT_TRUE(outcomes.empty());
+    ASSERT_EQ(sessions.requests.size(), 2U);
+    const auto& probe = sessions.requests[1];
+    EXPECT_EQ(probe.method, "GET");
+    EXPECT_EQ(probe.url, "https://zarn.example/api/v1/zarn-pro-version");
+    EXPECT_EQ(probe.body, std::nullopt);
+    const HttpHeaders expected{{"Authorization", "Bearer abc"},
+        {"Content-Type", "application/json"}, {"Accept", "application/json"},
+        {"User-Agent", "zarn%2Dactions/1.4.2"}};
+    EXPECT_EQ(probe.headers, expected);
+    EXPECT_EQ(probe.storage, UrlSessionConfiguration::Storage::Default);
+}
+
+TEST_F(TokenDelegateTest, TheApiClientsTokenHasItsOwnKey)
+{
+    useApiClient();
+    sessions.reply(200, R"({"token":"wrong","access_token":"right"})");
+    getToken();
+    sessions.deliver();
+    EXPECT_EQ(connection.token, "right");
+}
+
+TEST_F(TokenDelegateTest, AReplyWithoutATokenStillSucceedsWithAnEmptyOne)
+{
+    connection.serverVersion = "11.0.0";
+    connection.token = "old";
+    for (const char* body : {"{}", R"({"access_token":7})", R"({"token":"other mode's key"})"}) {
+        outcomes.clear();
+        sessions.reply(200, body);
+        getToken();
+        sessions.deliverAll();
+        EXPECT_EQ(outcomes, (Lines{"200 success"})) << body;
+        EXPECT_EQ(connection.token, "");
+    }
+}
+
+TEST_F(TokenDelegateTest, ASecondValidationDoesNotAskForTheVersionAgain)
+{
+    useUsername();
+    sessions.reply(200, R"({"token":"one"})");
+    sessions.reply(200, R"({"version":"10.40.0"})");
+    getToken();
+    sessions.deliverAll();
+    sessions.reply(299, R"({"token":"two"})");
+    getToken("https://other.example");
+    sessions.deliverAll();
+    EXPECT_EQ(outcomes, (Lines{"200 success", "200 success"}));
+    EXPECT_EQ(sessions.requests.size(), 3U);
+    EXPECT_EQ(connection.token, "two");
+    const auto lines = logLines();
+    EXPECT_EQ(lines.back(),
+        "[TokenDelegate.getVersion] call token refresh process for https://other.example");
+    EXPECT_EQ(lines[lines.size() - 2],
+        "[TokenDelegate.getToken] new token created for https://other.example");
+}
+
+TEST_F(TokenDelegateTest, TheLogTellsEachStepInOrder)
+{
+    useUsername();
+    sessions.reply(200, R"({"token":"abc"})");
+    sessions.reply(200, R"({"version":"11.40.0-t1712"})");
+    getToken("https://zarn.example:8443/");
+    sessions.deliverAll();
+    EXPECT_EQ(logLines(),
+        (Lines{"[TokenDelegate.getToken] Force basic authentication on https://zarn.example:8443/: "
+               "false",
+            "[TokenDelegate.getToken] Attempting to retrieve token from "
+            "https://zarn.example:8443/api/v1/auth/token for version look-up",
+            "[TokenDelegate.getToken] new token created for https://zarn.example:8443/",
+            "[Zpapi.action] Attempting GET on https://zarn.example:8443/api/v1/zarn-pro-version.",
+            "[TokenDelegate.getVersion] Zarn Pro Version: 11.40.0-t1712",
+            "[TokenDelegate.getVersion] https://zarn.example:8443/ set to use Bearer Token"}));
+}
+
+TEST_F(TokenDelegateTest, ForcedBasicAuthenticationIsOnForExactlyOne)
+{
+    const struct {
+        Value value;
+        const char* flag;
+    } rows[]
+        = {{1, "true"}, {"1", "true"}, {true, "true"}, {0, "false"}, {2, "false"}, {-1, "false"}};
+    for (const auto& row : rows) {
+        files.files.clear();
+        settings.standard().set("forceBasicAuth", row.value);
+        getToken();
+        EXPECT_EQ(logLines().at(0),
+            std::string(
+                "[TokenDelegate.getToken] Force basic authentication on https://zarn.example: ")
+                + row.flag);
+    }
+}
+
+TEST_F(TokenDelegateTest, ForcedBasicAuthenticationLeavesTheTokenRequestUnchanged)
+{
+    useUsername();
+    getToken();
+    settings.standard().set("forceBasicAuth", 1);
+    getToken();
+    EXPECT_EQ(sessions.requests[0].headers, sessions.requests[1].headers);
+    EXPECT_EQ(sessions.requests[0].url, sessions.requests[1].url);
+}
+
+TEST_F(TokenDelegateTest, NothingIsCalledBeforeTheReply)
+{
+    getToken();
+    EXPECT_TRUE(outcomes.empty());
+    EXPECT_EQ(sessions.running(), 1U);
+}
+
+} // namespace
+} // namespace zarn

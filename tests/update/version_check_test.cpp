@@ -1,0 +1,151 @@
+// SPDX-License-Identifier: MIT
+#include "update/version_check.h"
+
+#include "platform/memory/memory_desktop.h"
+#include "platform/memory/memory_text_services.h"
+#include "platform/memory/memory_url_sessions.h"
+
+#include <gtest/gtest.h>
+
+#include <optional>
+
+namespace zarn {
+namespace {
+
+const std::string row = "<tr><td>Current Version</td><td>";
+
+class VersionCheckTest : public testing::Test {
+protected:
+    void check()
+    {
+        VersionCheck({sessions, bundle, texts, pageUrl}).checkForUpdate([](bool) {});
+    }
+    std::optional<bool> resultOf(
+        const std::string& body, const std::string& current = "1.9.0", int status = 200)
+    {
+        (*bundle.info)["CFBundleShortVersionString"] = current;
+        sessions.reply(status, body);
+        return run();
+    }
+    std::optional<bool> run()
+    {
+        std::vector<bool> answers;
+        VersionCheck versionCheck({sessions, bundle, texts, pageUrl});
+        versionCheck.checkForUpdate([&](bool isNewer) { answers.push_back(isNewer); });
+        EXPECT_TRUE(answers.empty());
+        sessions.deliverAll();
+        EXPECT_LE(answers.size(), 1U);
+        return answers.empty() ? std::nullopt : std::optional<bool>(answers[0]);
+    }
+
+    std::vector<std::string> events;
+    memory::MemoryUrlSessions sessions{events};
+    memory::MemoryBundle bundle;
+    memory::MemoryTextServices texts;
+    std::string pageUrl = "https://zarn-actions.example/releases";
+};
+
+TEST_F(VersionCheckTest, ANewerPublishedVersionIsAnUpdate)
+{
+    EXPECT_EQ(resultOf("x" + row + "1.10.0</td></tr>", "1.9.0"), true);
+}
+
+TEST_F(VersionCheckTest, AnEqualOrOlderPublishedVersionIsNone)
+{
+    EXPECT_EQ(resultOf(row + "1.10.0</td></tr>", "1.10.0"), false);
+    EXPECT_EQ(resultOf(row + "1.10.0</td></tr>", "1.11.0"), false);
+}
+
+TEST_F(VersionCheckTest, TheRequestIsAPlainGetThatAcceptsEveryCertificate)
+{
+    check();
+    ASSERT_EQ(sessions.requests.size(), 1U);
+    const auto& request = sessions.requests[0];
+    EXPECT_EQ(request.method, "GET");
+    EXPECT_EQ(request.url, pageUrl);
+    EXPECT_TRUE(request.headers.empty());
+    EXPECT_EQ(request.body, std::nullopt);
+    EXPECT_EQ(request.timeout, std::chrono::seconds(60));
+    EXPECT_EQ(request.storage, UrlSessionConfiguration::Storage::Default);
+    EXPECT_EQ(request.trust, ServerTrust::AcceptAny);
+    EXPECT_EQ(events, (std::vector<std::string>{"empty the URL cache", "request GET " + pageUrl}));
+}
+
+TEST_F(VersionCheckTest, APageThatAnswers404IsNoUpdate)
+{
+    for (const int status : {100, 199, 300, 404, 500})
+        EXPECT_EQ(resultOf(row + "9.9.9</td>", "1.0.0", status), false) << status;
+}
+
+TEST_F(VersionCheckTest, NoResponseTellsNobody)
+{
+    sessions.replyNothing();
+    EXPECT_EQ(run(), std::nullopt);
+}
+
+TEST_F(VersionCheckTest, ABodyThatIsNotUtf8IsNoUpdate)
+{
+    EXPECT_EQ(resultOf("\xFF" + row + "9.9.9</td>"), false);
+}
+
+TEST_F(VersionCheckTest, APageWithoutTheRowIsNoUpdate)
+{
+    EXPECT_EQ(resultOf(""), false);
+    EXPECT_EQ(resultOf("<tr> <td>Current Version</td><td>9.9.9</td></tr>"), false);
+    EXPECT_EQ(resultOf("<tr><td>Current Version</td> <td>9.9.9</td></tr>"), false);
+    EXPECT_EQ(resultOf(row), false);
+}
+
+TEST_F(VersionCheckTest, TheFirstRowWithAnAllowedCharacterCounts)
+{
+    EXPECT_EQ(resultOf(row + "</td></tr>" + row + "1.0.0</td>" + row + "9.0.0</td>"), false);
+    EXPECT_EQ(resultOf(row + "</td></tr>" + row + "9.0.0</td>" + row + "1.0.0</td>"), true);
+}
+
+TEST_F(VersionCheckTest, APublishedVersionIsCutAtItsFirstTOrD)
+{
+    EXPECT_EQ(resultOf(row + "1.9.0-t5</td>", "1.9.0"), true) << "1.9.0- is after 1.9.0";
+    EXPECT_EQ(resultOf(row + "1.9t99</td>", "1.9.0"), false) << "1.9 is before 1.9.0";
+    EXPECT_EQ(resultOf(row + "2d</td>", "1.9.0"), true);
+    EXPECT_EQ(resultOf(row + "t9.9.9</td>", "1.0.0"), false);
+}
+
+TEST_F(VersionCheckTest, ABetaComparesAsText)
+{
+    EXPECT_EQ(resultOf(row + "1.5.0b3</td>", "1.5.0b2"), true);
+    EXPECT_EQ(resultOf(row + "1.5.0b10</td>", "1.5.0b9"), true);
+    EXPECT_EQ(resultOf(row + "1.5.0</td>", "1.5.0b2"), false);
+    EXPECT_EQ(resultOf(row + "1.5.0b2</td>", "1.5.0"), true);
+}
+
+TEST_F(VersionCheckTest, ParsesItsOwnVersion)
+{
+    EXPECT_EQ(parseAppVersion("1.4.2"), (AppVersion{1, 4, 2, false, 0}));
+    EXPECT_EQ(parseAppVersion("1.5.0b3"), (AppVersion{1, 5, 0, true, 3}));
+    EXPECT_EQ(parseAppVersion("1.5.0B3"), (AppVersion{1, 5, 0, true, 3}));
+    EXPECT_EQ(parseAppVersion("1.5.0b"), (AppVersion{1, 5, 0, false, 0}));
+    EXPECT_EQ(parseAppVersion("1..5.0"), (AppVersion{1, 5, 0, false, 0}));
+    EXPECT_EQ(parseAppVersion("10.20.30.40"), (AppVersion{10, 20, 30, false, 0}));
+}
+
+using VersionCheckDeathTest = VersionCheckTest;
+
+TEST_F(VersionCheckDeathTest, AMalformedVersionOfItsOwnStopsTheProcess)
+{
+    for (const char* version : {"1.2", "", "1", "1.2.", "1.2.b", "x.2.3", "1.x.3", "1.2.x",
+             "1.2.3bx", "1.2.99999999999999999999", "1.2.3 "}) {
+        (*bundle.info)["CFBundleShortVersionString"] = version;
+        EXPECT_DEATH(check(), "fatal: malformed application version") << version;
+    }
+}
+
+TEST_F(VersionCheckDeathTest, AMissingVersionOrMalformedPageStopsTheProcess)
+{
+    pageUrl = "https://zarn actions";
+    EXPECT_DEATH(check(), "fatal: malformed update-check page address");
+    bundle.info.reset();
+    EXPECT_DEATH(check(), "fatal: the information dictionary has no CFBundleShortVersionString");
+}
+
+} // namespace
+} // namespace zarn
