@@ -17,7 +17,8 @@ public:
     virtual void addObserver(
         const void* observer, std::string_view name, std::function<void()> handler)
         = 0;
-    /// Removing what was never added does nothing.
+    /// The handler is not called any more, not even by a delivery that is under way. Removing what
+    /// was never added does nothing.
     virtual void removeObserver(const void* observer, std::string_view name) = 0;
 };
 

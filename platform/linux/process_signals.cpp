@@ -45,9 +45,13 @@ void hardenProcess()
     }
     const rlimit none{0, 0};
     ::setrlimit(RLIMIT_CORE, &none);
-    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
     ::umask(077);
     std::signal(SIGPIPE, SIG_IGN);
+}
+
+void forbidTracing()
+{
+    ::prctl(PR_SET_DUMPABLE, 0, 0, 0, 0);
 }
 
 void catchSignals()

@@ -12,6 +12,8 @@
 #include <QEventLoop>
 #include <QTimer>
 
+#include <algorithm>
+
 namespace zarn::linux_backend {
 
 namespace {
@@ -86,7 +88,7 @@ std::optional<Value> SettingsPortal::object(std::string_view key) const
 void SettingsPortal::addObserver(
     const void* observer, std::string_view name, std::function<void()> handler)
 {
-    m_observers.push_back({observer, std::string(name), std::move(handler)});
+    m_observers.push_back({++m_lastId, observer, std::string(name), std::move(handler)});
 }
 
 void SettingsPortal::removeObserver(const void* observer, std::string_view name)
@@ -103,9 +105,12 @@ void SettingsPortal::adopt(unsigned colorScheme)
     m_prefersDark = dark;
     if (m_beforeObservers)
         m_beforeObservers(dark);
-    const auto observers = m_observers; // A handler may add or remove observers.
+    // A handler may add or remove observers; one that was removed may be gone.
+    const auto observers = m_observers;
     for (const auto& entry : observers) {
-        if (entry.name == themeChanged)
+        const auto isSame = [&](const Observer& other) { return other.id == entry.id; };
+        if (entry.name == themeChanged
+            && std::any_of(m_observers.begin(), m_observers.end(), isSame))
             entry.handler();
     }
 }

@@ -5,6 +5,7 @@
 #include "platform/notification_center.h"
 
 #include <chrono>
+#include <cstdint>
 #include <functional>
 #include <memory>
 #include <string>
@@ -45,12 +46,14 @@ private:
     void adopt(unsigned colorScheme);
 
     struct Observer {
+        std::uint64_t id;
         const void* observer;
         std::string name;
         std::function<void()> handler;
     };
     std::unique_ptr<PortalSignal> m_signal;
     std::vector<Observer> m_observers;
+    std::uint64_t m_lastId = 0;
     std::function<void(bool)> m_beforeObservers;
     std::unique_ptr<QDBusPendingCallWatcher> m_firstAnswer;
     bool m_prefersDark = false;

@@ -1,12 +1,14 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <chrono>
 #include <string>
 
 namespace zarn::linux_backend {
 
 /// Keeps a second copy of the program away: two would overwrite each other's profile map. The
-/// system knows the holder of the lock and releases it however the holder ends.
+/// system knows the holder of the lock and releases it however the holder ends. One thread; one
+/// object a lock file, since the lock belongs to the process.
 class SingleInstance {
 public:
     enum class Outcome {
@@ -14,18 +16,25 @@ public:
         First,
         /// Another one runs; it was asked to raise its window.
         RaisedOther,
+        /// The lock is held where it cannot be reached: on another machine that shares the folder.
+        Elsewhere,
         /// The lock file cannot be used.
         Failed
     };
-    ~SingleInstance();
     SingleInstance() = default;
+    ~SingleInstance();
     SingleInstance(const SingleInstance&) = delete;
     SingleInstance& operator=(const SingleInstance&) = delete;
 
-    /// Takes the lock `path`, or asks its holder to raise its window (SIGUSR1).
-    Outcome claim(const std::string& path);
+    /// Takes the lock `path`, or asks its holder to raise its window (SIGUSR1). A holder that is
+    /// ending is waited for, at most `patience`. Catch SIGUSR1 before.
+    Outcome claim(const std::string& path, std::chrono::milliseconds patience);
+    /// From now on a new start waits for the end of this process instead of calling on it.
+    void announceEnding();
 
 private:
+    bool isHolderEnding() const;
+
     int m_descriptor = -1;
 };
 

@@ -2,11 +2,13 @@
 #include "platform/linux/x11_window_list.h"
 
 #include <QGuiApplication>
+#include <QString>
 
 #include <xcb/xcb.h>
 
 #include <cstdlib>
 #include <fstream>
+#include <iterator>
 #include <memory>
 #include <string_view>
 
@@ -25,6 +27,7 @@ public:
     explicit Screen(xcb_connection_t* connection)
         : m_connection(connection)
         , m_netWmName(atom("_NET_WM_NAME"))
+        , m_wmState(atom("WM_STATE"))
         , m_netWmPid(atom("_NET_WM_PID"))
         , m_windowType(atom("_NET_WM_WINDOW_TYPE"))
         , m_desktopType(atom("_NET_WM_WINDOW_TYPE_DESKTOP"))
@@ -35,8 +38,10 @@ public:
     std::vector<WindowRecord> windows()
     {
         for (auto screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection)); screens.rem > 0;
-             xcb_screen_next(&screens))
-            visitChildren(screens.data->root, 0);
+             xcb_screen_next(&screens)) {
+            for (const auto topLevel : children(screens.data->root))
+                visit(topLevel);
+        }
         return std::move(m_records);
     }
 
@@ -53,7 +58,12 @@ private:
         return reply ? reply->atom : static_cast<xcb_atom_t>(XCB_ATOM_NONE);
     }
 
-    std::string property(xcb_window_t window, xcb_atom_t name)
+    struct Property {
+        xcb_atom_t type = XCB_ATOM_NONE;
+        std::string bytes;
+    };
+
+    Property property(xcb_window_t window, xcb_atom_t name)
     {
         constexpr std::uint32_t longest = 4096;
         const auto cookie = xcb_get_property(
@@ -61,9 +71,18 @@ private:
         const Reply<xcb_get_property_reply_t> reply(
             xcb_get_property_reply(m_connection, cookie, nullptr));
         if (!reply)
-            return "";
+            return {};
         const auto length = static_cast<std::size_t>(xcb_get_property_value_length(reply.get()));
-        return {static_cast<const char*>(xcb_get_property_value(reply.get())), length};
+        return {
+            reply->type, {static_cast<const char*>(xcb_get_property_value(reply.get())), length}};
+    }
+
+    std::string text(xcb_window_t window, xcb_atom_t name)
+    {
+        const auto found = property(window, name);
+        return found.type == XCB_ATOM_STRING
+            ? QString::fromLatin1(found.bytes.data(), qsizetype(found.bytes.size())).toStdString()
+            : found.bytes;
     }
 
     static std::uint32_t firstNumber(const std::string& bytes)
@@ -74,35 +93,56 @@ private:
         return number;
     }
 
-    void visitChildren(xcb_window_t window, int depth)
+    /// The children, the foremost first.
+    std::vector<xcb_window_t> children(xcb_window_t window)
     {
         const Reply<xcb_query_tree_reply_t> tree(
             xcb_query_tree_reply(m_connection, xcb_query_tree(m_connection, window), nullptr));
         if (!tree)
-            return;
-        const auto* children = xcb_query_tree_children(tree.get());
-        // The tree lists the hindmost first.
-        for (int i = xcb_query_tree_children_length(tree.get()); i-- > 0;)
-            visit(children[i], depth);
+            return {};
+        const auto* first = xcb_query_tree_children(tree.get());
+        const auto length = xcb_query_tree_children_length(tree.get());
+        return {std::reverse_iterator(first + length), std::reverse_iterator(first)};
     }
 
-    void visit(xcb_window_t window, int depth)
+    bool isVisible(xcb_window_t window)
     {
         const Reply<xcb_get_window_attributes_reply_t> attributes(xcb_get_window_attributes_reply(
             m_connection, xcb_get_window_attributes(m_connection, window), nullptr));
-        if (!attributes || attributes->map_state != XCB_MAP_STATE_VIEWABLE)
-            return;
-        const auto windowClass = property(window, XCB_ATOM_WM_CLASS);
-        auto title = property(window, m_netWmName);
-        if (title.empty())
-            title = property(window, XCB_ATOM_WM_NAME);
-        const auto process = firstNumber(property(window, m_netWmPid));
-        if (windowClass.empty() && title.empty() && process == 0) {
-            if (depth < deepest)
-                visitChildren(window, depth + 1);
-            return;
+        return attributes && attributes->map_state == XCB_MAP_STATE_VIEWABLE
+            && attributes->_class != XCB_WINDOW_CLASS_INPUT_ONLY;
+    }
+
+    /// The program's own window in a window manager's frame: it alone has a state.
+    std::optional<xcb_window_t> programWindow(xcb_window_t window, int depth)
+    {
+        if (!isVisible(window))
+            return std::nullopt;
+        if (property(window, m_wmState).type != XCB_ATOM_NONE)
+            return window;
+        if (depth == deepest)
+            return std::nullopt;
+        for (const auto child : children(window)) {
+            if (const auto found = programWindow(child, depth + 1))
+                return found;
         }
-        const auto type = firstNumber(property(window, m_windowType));
+        return std::nullopt;
+    }
+
+    void visit(xcb_window_t topLevel)
+    {
+        if (!isVisible(topLevel))
+            return;
+        const auto window = programWindow(topLevel, 0).value_or(topLevel);
+        const auto windowClass = property(window, XCB_ATOM_WM_CLASS).bytes;
+        auto title = text(window, m_netWmName);
+        if (title.empty())
+            title = text(window, XCB_ATOM_WM_NAME);
+        const auto process = firstNumber(property(window, m_netWmPid).bytes);
+        // Frames without a window in them, and what the server itself puts up.
+        if (windowClass.empty() && title.empty() && process == 0)
+            return;
+        const auto type = firstNumber(property(window, m_windowType).bytes);
         if (type != 0 && (type == m_desktopType || type == m_dockType))
             return;
         WindowRecord record;
@@ -129,6 +169,7 @@ private:
 
     xcb_connection_t* m_connection;
     xcb_atom_t m_netWmName;
+    xcb_atom_t m_wmState;
     xcb_atom_t m_netWmPid;
     xcb_atom_t m_windowType;
     xcb_atom_t m_desktopType;
@@ -146,22 +187,6 @@ std::optional<std::vector<WindowRecord>> X11WindowList::onScreen() const
     for (auto& title : m_ownTitles())
         records.push_back({QGuiApplication::applicationName().toStdString(), std::move(title)});
     return records;
-}
-
-bool isDisplayReachable()
-{
-    const auto isSet = [](const char* name) {
-        const char* value = std::getenv(name);
-        return value && *value;
-    };
-    if (isSet("QT_QPA_PLATFORM") || isSet("WAYLAND_DISPLAY"))
-        return true;
-    if (!isSet("DISPLAY"))
-        return false;
-    xcb_connection_t* connection = xcb_connect(nullptr, nullptr);
-    const bool reachable = xcb_connection_has_error(connection) == 0;
-    xcb_disconnect(connection);
-    return reachable;
 }
 
 } // namespace zarn::linux_backend

@@ -21,7 +21,4 @@ private:
     std::function<std::vector<std::string>()> m_ownTitles;
 };
 
-/// Whether the display that the environment names answers; true where it is not an X11 display.
-bool isDisplayReachable();
-
 } // namespace zarn::linux_backend

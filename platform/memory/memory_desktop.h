@@ -7,6 +7,8 @@
 #include "platform/window_list.h"
 #include "platform/workspace.h"
 
+#include <algorithm>
+#include <cstdint>
 #include <mutex>
 #include <optional>
 #include <string>
@@ -57,7 +59,7 @@ public:
     void addObserver(
         const void* observer, std::string_view name, std::function<void()> handler) override
     {
-        m_observers.push_back({observer, std::string(name), std::move(handler)});
+        m_observers.push_back({++m_lastId, observer, std::string(name), std::move(handler)});
     }
     void removeObserver(const void* observer, std::string_view name) override
     {
@@ -67,9 +69,11 @@ public:
     }
     void post(std::string_view name)
     {
-        const auto observers = m_observers; // A handler may add or remove observers.
+        // A handler may add or remove observers; one that was removed may be gone.
+        const auto observers = m_observers;
         for (const auto& entry : observers) {
-            if (entry.name == name)
+            const auto isSame = [&](const Entry& other) { return other.id == entry.id; };
+            if (entry.name == name && std::any_of(m_observers.begin(), m_observers.end(), isSame))
                 entry.handler();
         }
     }
@@ -79,11 +83,13 @@ public:
 
 private:
     struct Entry {
+        std::uint64_t id;
         const void* observer;
         std::string name;
         std::function<void()> handler;
     };
     std::vector<Entry> m_observers;
+    std::uint64_t m_lastId = 0;
 };
 
 } // namespace zarn::memory
