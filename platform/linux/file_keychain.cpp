@@ -212,6 +212,16 @@ bool FileKeychain::exists() const
     return !m_path.empty() && ::lstat(m_path.c_str(), &status) == 0;
 }
 
+KeychainStatus FileKeychain::erase(const KeychainQuery& query, Deadline deadline)
+{
+    auto match = copyMatching(query, deadline);
+    if (!match.item)
+        return match.status;
+    const auto status = remove({{*match.item, 0, 0}}, deadline);
+    wipe(match.item->secret);
+    return status;
+}
+
 KeychainStatus FileKeychain::remove(const std::vector<StoredItem>& items, Deadline deadline)
 {
     const auto lock = FileLock::acquire(m_path, remaining(deadline));

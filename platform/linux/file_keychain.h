@@ -17,6 +17,7 @@ public:
     KeychainStatus update(
         const KeychainQuery& query, const Data& secret, Deadline deadline) override;
     KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override;
+    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override;
     KeychainListing list(Deadline deadline) override;
 
     /// Whether a keychain file is there, in whatever state.

@@ -31,6 +31,10 @@ public:
     {
         return m_store->copyMatching(query, deadline);
     }
+    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override
+    {
+        return m_store->erase(query, deadline);
+    }
     KeychainListing list(Deadline deadline) override { return m_store->list(deadline); }
 
 private:

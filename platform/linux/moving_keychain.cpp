@@ -94,6 +94,14 @@ KeychainMatch MovingKeychain::copyMatching(const KeychainQuery& query, Deadline 
     return match;
 }
 
+KeychainStatus MovingKeychain::erase(const KeychainQuery& query, Deadline deadline)
+{
+    const auto status = m_service->erase(query, deadline);
+    if (status == keychain_status::itemNotFound && m_file->exists())
+        return m_file->erase(query, deadline);
+    return status;
+}
+
 KeychainListing MovingKeychain::list(Deadline deadline)
 {
     moveAll(deadline);

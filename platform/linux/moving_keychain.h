@@ -20,6 +20,7 @@ public:
     KeychainStatus update(
         const KeychainQuery& query, const Data& secret, Deadline deadline) override;
     KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override;
+    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override;
     KeychainListing list(Deadline deadline) override;
 
 private:

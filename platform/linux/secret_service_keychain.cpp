@@ -203,6 +203,23 @@ KeychainMatch SecretServiceKeychain::copyMatching(const KeychainQuery& query, De
     return {status, std::move(found.item)};
 }
 
+KeychainStatus SecretServiceKeychain::erase(const KeychainQuery& query, Deadline deadline)
+{
+    if (!canBeAsked(query))
+        return keychain_status::itemNotFound;
+    std::string collection;
+    const auto prepared = m_keyring.prepare(collection, deadline);
+    if (prepared != keychain_status::success && prepared != keychain_status::noDefaultKeychain)
+        return prepared;
+    std::vector<Candidate> candidates;
+    const auto status = search(&query, candidates, deadline);
+    if (status != keychain_status::success)
+        return status;
+    const auto reply = m_keyring.connection().call(candidates.front().path.c_str(), itemInterface,
+        "Delete", g_variant_new("()"), "(o)", deadline);
+    return reply.ok() ? promptOutcome(reply, 0, deadline) : m_keyring.writeFailed(reply);
+}
+
 KeychainListing SecretServiceKeychain::list(Deadline deadline)
 {
     KeychainListing listing;
@@ -288,8 +305,14 @@ KeychainStatus SecretServiceKeychain::create(
             g_variant_new("(a{sv}@(oayays)b)", &properties, secret.get(), FALSE), "(oo)", deadline);
     if (!reply.ok())
         return m_keyring.writeFailed(reply);
+    return promptOutcome(reply, 1, deadline);
+}
+
+KeychainStatus SecretServiceKeychain::promptOutcome(
+    const SecretConnection::Reply& reply, gsize index, Deadline deadline)
+{
     const gchar* prompt = nullptr;
-    g_variant_get_child(reply.value.get(), 1, "&o", &prompt);
+    g_variant_get_child(reply.value.get(), index, "&o", &prompt);
     if (std::string_view(prompt) == "/")
         return keychain_status::success;
     return m_keyring.waitForPrompt(prompt, deadline);

@@ -19,6 +19,7 @@ public:
     KeychainStatus update(
         const KeychainQuery& query, const Data& secret, Deadline deadline) override;
     KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override;
+    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override;
     KeychainListing list(Deadline deadline) override;
 
     /// The first match with its secret and times.
@@ -42,6 +43,9 @@ private:
     KeychainStatus loadSecret(Candidate& candidate, Deadline deadline);
     KeychainStatus create(
         const std::string& collection, const KeychainItem& item, Deadline deadline);
+    /// Waits for the prompt whose path a reply holds, when the service wants to show one.
+    KeychainStatus promptOutcome(
+        const SecretConnection::Reply& reply, gsize index, Deadline deadline);
     VariantPtr encoded(const Data& secret) const;
 
     KeychainReports& m_reports;
