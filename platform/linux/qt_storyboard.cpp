@@ -138,7 +138,9 @@ std::vector<QtScene*> QtStoryboard::scenes() const
 
 void QtStoryboard::closeAll()
 {
-    m_scenes.clear();
+    // A window takes those that it presents along: the last one shown goes first.
+    while (!m_scenes.empty())
+        m_scenes.pop_back();
 }
 
 } // namespace zarn::linux_backend
