@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+// The process entry: the one place that names a backend.
+#include "app/launch_options.h"
+#include "app/zarn_actions_app.h"
+#include "platform/linux/linux_platform.h"
+
+#include <cstdio>
+#include <cstdlib>
+
+namespace {
+
+using zarn::LaunchOptions;
+using zarn::linux_backend::LinuxPlatform;
+
+int printed(std::string_view text)
+{
+    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
+    return std::fflush(stdout) == 0 && isWritten ? EXIT_SUCCESS : EXIT_FAILURE;
+}
+
+void complain(const std::string& line)
+{
+    std::fprintf(stderr, "zarn-actions: %s\n", line.c_str());
+}
+
+int runWindow(const LinuxPlatform::Options& options)
+{
+    const auto start = LinuxPlatform::start(options);
+    if (!start.platform) {
+        if (!start.reason.empty())
+            complain(start.reason);
+        return start.exitCode;
+    }
+    zarn::ZarnActionsApp app(start.platform->services(), start.platform->productTexts());
+    const int result = app.run();
+    start.platform->announceEnding();
+    if (!app.finishKeychainWrites()) {
+        complain("the keychain did not take what was saved last");
+        std::_Exit(EXIT_FAILURE);
+    }
+    return result;
+}
+
+} // namespace
+
+int main(int argc, char** argv)
+{
+    LinuxPlatform::prepareProcess();
+    constexpr int usageError = 2;
+    const auto parsed = zarn::parseLaunchOptions({argv + (argc > 0 ? 1 : 0), argv + argc});
+    if (!parsed) {
+        complain(parsed.error().message);
+        return usageError;
+    }
+    const auto& options = parsed.value();
+    const LinuxPlatform::Options platformOptions{options.keychain, options.settings};
+    switch (options.task) {
+    case LaunchOptions::Task::Help:
+        return printed(zarn::launchHelp);
+    case LaunchOptions::Task::Version:
+        return printed(LinuxPlatform::versionLine());
+    case LaunchOptions::Task::Diagnose:
+        return LinuxPlatform::diagnose(platformOptions);
+    case LaunchOptions::Task::Run:
+        break;
+    }
+    return runWindow(platformOptions);
+}

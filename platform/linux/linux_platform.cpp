@@ -1,0 +1,266 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/linux_platform.h"
+
+#include "platform/linux/compiled_bundle.h"
+#include "platform/linux/desktop_workspace.h"
+#include "platform/linux/diagnosis.h"
+#include "platform/linux/icu_text.h"
+#include "platform/linux/lazy_keychain.h"
+#include "platform/linux/lazy_url_sessions.h"
+#include "platform/linux/paths.h"
+#include "platform/linux/plist_settings.h"
+#include "platform/linux/posix_services.h"
+#include "platform/linux/process_signals.h"
+#include "platform/linux/qt_alert.h"
+#include "platform/linux/qt_appearance.h"
+#include "platform/linux/qt_application.h"
+#include "platform/linux/qt_json.h"
+#include "platform/linux/settings_portal.h"
+#include "platform/linux/single_instance.h"
+#include "platform/linux/thread_serial_queue.h"
+#include "platform/linux/x11_window_list.h"
+
+#include <QApplication>
+#include <QIcon>
+
+#include <array>
+#include <cstdio>
+#include <cstdlib>
+#include <string_view>
+#include <thread>
+
+#include <unistd.h>
+
+namespace zarn::linux_backend {
+
+namespace {
+
+constexpr std::chrono::milliseconds portalPatience{60};
+// As long as a process that is ending may take.
+constexpr std::chrono::seconds endingPatience{15};
+
+std::string displayProblem()
+{
+    for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
+        if (const char* value = std::getenv(name); value && *value)
+            return std::string("no display: ") + name + "=" + value + " cannot be opened";
+    }
+    return "no display: neither DISPLAY nor WAYLAND_DISPLAY is set";
+}
+
+// The toolkit gives up in one case only while it starts: without a display.
+void explainToolkitStart(QtMsgType type, const QMessageLogContext&, const QString&)
+{
+    if (type != QtFatalMsg)
+        return;
+    std::fprintf(stderr, "zarn-actions: %s\n", displayProblem().c_str());
+    ::_exit(EXIT_FAILURE);
+}
+
+// What the toolkit only warns of is nothing that a user could mend; a developer asks for it.
+void keepToolkitQuiet(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    const bool isGrave = type == QtCriticalMsg || type == QtFatalMsg;
+    if (isGrave || std::getenv("QT_LOGGING_RULES"))
+        std::fprintf(stderr, "zarn-actions: %s\n", message.toUtf8().constData());
+}
+
+/// The toolkit never sees our command line: it would take its own options from it.
+class ToolkitArguments {
+public:
+    int& count() { return m_count; }
+    char** values() { return m_values.data(); }
+
+private:
+    std::string m_name = "zarn-actions";
+    int m_count = 1;
+    std::array<char*, 2> m_values{m_name.data(), nullptr};
+};
+
+QIcon applicationIcon()
+{
+    QIcon icon;
+    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
+        icon.addFile(QString(":/icons/AppIcon-%1.png").arg(size), QSize(size, size));
+    return icon;
+}
+
+} // namespace
+
+struct LinuxPlatform::Adapters {
+    explicit Adapters(const Options& options)
+        : m_options(options)
+    {
+    }
+
+    void afterFirstPaint();
+    void openLink(const std::string& address);
+    std::vector<std::string> ownTitles();
+    void followColorPreference();
+    KeychainOptions keychainOptions() const;
+
+    Options m_options;
+    ProductTexts texts = compiledProductTexts();
+    Paths paths = Paths::fromEnvironment();
+    SingleInstance instance;
+    ToolkitArguments arguments;
+    DesktopWorkspace workspace;
+    CompiledBundle bundle;
+    SystemClock clock;
+    StandardOutput console;
+    IcuDateFormatter dateFormatter;
+    IcuTextServices textServices;
+    QtJson json;
+    ThreadSerialQueues serialQueues;
+    PosixFileManager fileManager{paths.home};
+
+    // From here on there is a display.
+    struct WithDisplay;
+    std::unique_ptr<WithDisplay> display;
+};
+
+struct LinuxPlatform::Adapters::WithDisplay {
+    explicit WithDisplay(Adapters& adapters);
+    ~WithDisplay();
+    WithDisplay(const WithDisplay&) = delete;
+    WithDisplay& operator=(const WithDisplay&) = delete;
+
+    QtApplication application;
+    SettingsPortal portal;
+    PlistSettings settings;
+    QtAlertRunner alertRunner;
+    X11WindowList windowList;
+    LazyKeychain keychain;
+    LazyUrlSessions urlSessions;
+    std::thread preloading;
+};
+
+LinuxPlatform::Adapters::WithDisplay::WithDisplay(Adapters& adapters)
+    : application(adapters.arguments.count(), adapters.arguments.values(),
+        [&adapters](const std::string& address) { adapters.openLink(address); })
+    , settings(
+          adapters.paths.config, launchArgumentsOf(adapters.m_options.launchArguments), &portal)
+    , alertRunner([this] { return application.isEnding(); })
+    , windowList([&adapters] { return adapters.ownTitles(); })
+    , keychain(application.mainQueue(), moduleStore(adapters.keychainOptions()))
+    , urlSessions(application.mainQueue())
+{
+}
+
+LinuxPlatform::Adapters::WithDisplay::~WithDisplay()
+{
+    if (preloading.joinable())
+        preloading.join();
+}
+
+void LinuxPlatform::Adapters::afterFirstPaint()
+{
+    display->keychain.preload();
+    display->preloading = std::thread([&sessions = display->urlSessions] { sessions.preload(); });
+}
+
+void LinuxPlatform::Adapters::openLink(const std::string& address)
+{
+    if (const auto url = Url::fromText(address))
+        workspace.openUrl(*url);
+}
+
+std::vector<std::string> LinuxPlatform::Adapters::ownTitles()
+{
+    std::vector<std::string> titles;
+    for (auto* window : display->application.windows())
+        titles.push_back(window->title());
+    return titles;
+}
+
+// A launch argument or a value of our own goes before what the desktop prefers.
+void LinuxPlatform::Adapters::followColorPreference()
+{
+    applyDark(display->settings.standard().string("AppleInterfaceStyle") == "Dark");
+}
+
+KeychainOptions LinuxPlatform::Adapters::keychainOptions() const
+{
+    return linux_backend::keychainOptions(
+        keychainChoice(m_options.keychain).value_or(KeychainChoice::Automatic));
+}
+
+void LinuxPlatform::prepareProcess()
+{
+    hardenProcess();
+}
+
+std::string LinuxPlatform::versionLine()
+{
+    return programVersion() + "\n";
+}
+
+int LinuxPlatform::diagnose(const Options& options)
+{
+    const auto choice = keychainChoice(options.keychain).value_or(KeychainChoice::Automatic);
+    return printDiagnosis(Paths::fromEnvironment(), linux_backend::keychainOptions(choice))
+        ? EXIT_SUCCESS
+        : EXIT_FAILURE;
+}
+
+LinuxPlatform::Start LinuxPlatform::start(const Options& options)
+{
+    auto adapters = std::make_unique<Adapters>(options);
+    const auto& paths = adapters->paths;
+    if (paths.home.empty() || paths.config.empty())
+        return {nullptr, EXIT_FAILURE, "there is no home directory: set HOME"};
+    catchSignals();
+    switch (adapters->instance.claim(paths.config + "/zarn-actions.running", endingPatience)) {
+    case SingleInstance::Outcome::First:
+        break;
+    case SingleInstance::Outcome::RaisedOther:
+        return {nullptr, EXIT_SUCCESS, ""};
+    case SingleInstance::Outcome::Elsewhere:
+        return {nullptr, EXIT_FAILURE, "a copy on another machine uses " + paths.config};
+    case SingleInstance::Outcome::Failed:
+        return {nullptr, EXIT_FAILURE, "the settings folder cannot be used: " + paths.config};
+    }
+    qInstallMessageHandler(explainToolkitStart);
+    adapters->display = std::make_unique<Adapters::WithDisplay>(*adapters);
+    qInstallMessageHandler(keepToolkitQuiet);
+    auto& display = *adapters->display;
+    setSignalHandlers([&display] { display.application.terminate(); },
+        [&display] { display.application.activateIgnoringOtherApps(); });
+    QApplication::setWindowIcon(applicationIcon());
+    display.portal.waitForFirstAnswer(portalPatience);
+    forbidTracing();
+    adapters->followColorPreference();
+    display.portal.setBeforeObservers(
+        [&adapters = *adapters](bool) { adapters.followColorPreference(); });
+    display.application.setAfterFirstPaint([&adapters = *adapters] { adapters.afterFirstPaint(); });
+    return {std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(adapters))), 0, ""};
+}
+
+LinuxPlatform::LinuxPlatform(std::unique_ptr<Adapters> adapters)
+    : m_adapters(std::move(adapters))
+{
+}
+
+LinuxPlatform::~LinuxPlatform() = default;
+
+Services LinuxPlatform::services()
+{
+    auto& all = *m_adapters;
+    auto& display = *all.display;
+    return {display.alertRunner, display.application, all.bundle, all.clock, all.console,
+        all.dateFormatter, display.portal, all.fileManager, all.json, display.keychain,
+        all.serialQueues, display.settings, display.application.storyboards(), all.textServices,
+        display.urlSessions, display.windowList, all.workspace};
+}
+
+const ProductTexts& LinuxPlatform::productTexts() const
+{
+    return m_adapters->texts;
+}
+
+void LinuxPlatform::announceEnding()
+{
+    m_adapters->instance.announceEnding();
+}
+
+} // namespace zarn::linux_backend

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/product_texts.h"
+#include "platform/services.h"
+
+#include <memory>
+#include <string>
+#include <vector>
+
+namespace zarn::linux_backend {
+
+/// Every adapter of the Linux desktop, built in order and lent out as services. One per process.
+/// Main thread only.
+class LinuxPlatform {
+public:
+    struct Options {
+        /// "secret-service", "file", or empty when nothing is forced.
+        std::string keychain;
+        /// "-key", "value" ... for the standard settings domain.
+        std::vector<std::string> launchArguments;
+    };
+    struct Start {
+        /// Absent when the program has to end at once with `exitCode`.
+        std::unique_ptr<LinuxPlatform> platform;
+        int exitCode = 0;
+        /// One line for the user, or empty.
+        std::string reason;
+    };
+
+    /// Guards the process; called first of all.
+    static void prepareProcess();
+    /// "Zarn Actions 1.0.0 (1)" and a line break.
+    static std::string versionLine();
+    /// Checks the program's places and prints what it found; the exit code of the process.
+    static int diagnose(const Options& options);
+
+    /// Claims the place of the only running copy, then opens the display. Another copy is raised
+    /// instead, and nothing is started.
+    static Start start(const Options& options);
+    ~LinuxPlatform();
+    LinuxPlatform(const LinuxPlatform&) = delete;
+    LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+
+    Services services();
+    const ProductTexts& productTexts() const;
+    /// The event loop has ended. A start from now on waits for the end of this process.
+    void announceEnding();
+
+private:
+    struct Adapters;
+    explicit LinuxPlatform(std::unique_ptr<Adapters> adapters);
+
+    std::unique_ptr<Adapters> m_adapters;
+};
+
+} // namespace zarn::linux_backend
