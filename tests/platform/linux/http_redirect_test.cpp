@@ -79,6 +79,7 @@ class RedirectMatrix : public testing::Test {
 protected:
     Reply answer(const Request& request)
     {
+        const std::lock_guard lock(m_mutex);
         Reply reply;
         if (request.path() == "/arrived") {
             reply.body = "arrived";
@@ -91,6 +92,13 @@ protected:
         if (location)
             reply.headers = {{"Location", *location}};
         return reply;
+    }
+
+    void redirect(const Target& target, int status)
+    {
+        const std::lock_guard lock(m_mutex);
+        m_target = &target;
+        m_status = status;
     }
 
     std::vector<Target> targets(bool https) const
@@ -189,6 +197,7 @@ protected:
         return bytes;
     }
 
+    std::mutex m_mutex;
     HttpClient client;
     LoopbackServer other{[](const Request&) {
         Reply reply;
@@ -212,8 +221,7 @@ TEST_F(RedirectMatrix, NoSecretByteReachesAnotherOrigin)
                 for (const int status : {301, 302, 303, 307, 308}) {
                     SCOPED_TRACE(std::string(kind.name) + ", " + target.name + ", "
                         + std::to_string(status) + (https ? ", https" : ", http"));
-                    m_target = &target;
-                    m_status = status;
+                    redirect(target, status);
                     const std::string start
                         = (https ? server.https("localhost") : server.http("localhost"))
                         + kind.path;
@@ -241,8 +249,7 @@ TEST_F(RedirectMatrix, TheScanFindsASecretThatDidGoElsewhere)
 TEST_F(RedirectMatrix, WithoutCredentialsOtherOriginsAreReached)
 {
     const Target target{"other port", other.https("localhost") + "/arrived", false};
-    m_target = &target;
-    m_status = 307;
+    redirect(target, 307);
     const auto response = client.get(server.https("localhost") + "/start", {{"Accept", "*/*"}});
     ASSERT_TRUE(response);
     EXPECT_EQ(response->body, "arrived");
