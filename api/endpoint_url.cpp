@@ -6,13 +6,18 @@
 
 namespace zarn {
 
-std::string collapseApiSlashes(std::string text)
+std::string collapseApiSlashes(std::string_view text)
 {
     constexpr std::string_view doubled = "//api";
-    for (auto at = text.find(doubled); at != std::string::npos;
-         at = text.find(doubled, at + doubled.size() - 1))
-        text.erase(at, 1);
-    return text;
+    std::string collapsed;
+    collapsed.reserve(text.size());
+    for (auto at = text.find(doubled); at != std::string_view::npos; at = text.find(doubled)) {
+        collapsed += text.substr(0, at);
+        collapsed += doubled.substr(1);
+        text.remove_prefix(at + doubled.size());
+    }
+    collapsed += text;
+    return collapsed;
 }
 
 std::string_view apiPathPrefix(std::string_view endpoint)

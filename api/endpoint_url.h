@@ -8,7 +8,7 @@ namespace zarn {
 
 /// Replaces every "//api" by "/api", so that a server URL may end in "/". A host whose name begins
 /// with "api" loses a slash of its scheme as well; nobody may count on anything else.
-std::string collapseApiSlashes(std::string text);
+std::string collapseApiSlashes(std::string_view text);
 
 /// The API version that serves an endpoint: "v1/" or "v2/".
 std::string_view apiPathPrefix(std::string_view endpoint);

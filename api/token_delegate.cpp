@@ -46,8 +46,12 @@ std::string describeOptional(const Result<Value>& parsed)
     if (!parsed)
         return "nil";
     auto text = describe(withoutTexts(parsed.value()));
-    if (text.size() > longest)
-        text = text.substr(0, longest) + "...";
+    if (text.size() > longest) {
+        auto end = longest;
+        while ((static_cast<unsigned char>(text[end]) & 0xC0U) == 0x80U)
+            --end;
+        text = text.substr(0, end) + "...";
+    }
     return "Optional(" + text + ")";
 }
 

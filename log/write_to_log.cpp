@@ -35,13 +35,16 @@ std::string LogFile::logTimestamp(std::string_view kind) const
 void LogFile::startNewLogFile()
 {
     const auto stamp = logTimestamp("file");
+    auto path = logFolderPath();
     {
         // The stamps stack on purpose: the name tells how often the file had to be started in this
         // run.
         const std::lock_guard lock(m_nameMutex);
         m_fileName.insert(0, stamp + "_");
+        // Creating empties: another thread's file, started meanwhile, must not be hit.
+        path += m_fileName;
     }
-    m_deps.files.createFile(currentPath());
+    m_deps.files.createFile(path);
     pruneLogFiles();
 }
 
@@ -61,9 +64,11 @@ void LogFile::pruneLogFiles()
     auto& names = listing.value();
     if (names.size() <= keptLogFiles)
         return;
-    const auto surplus = static_cast<std::ptrdiff_t>(names.size() - keptLogFiles);
-    std::partial_sort(names.begin(), names.begin() + surplus, names.end());
-    for (auto it = names.begin(); it != names.begin() + surplus; ++it) {
+    // Only what goes has to be in order; mostly that is one name.
+    const auto kept = names.end() - static_cast<std::ptrdiff_t>(keptLogFiles);
+    std::nth_element(names.begin(), kept, names.end());
+    std::sort(names.begin(), kept);
+    for (auto it = names.begin(); it != kept; ++it) {
         const auto path = logFolderPath() + *it;
         if (const auto removed = m_deps.files.removeItem(path); !removed)
             note("Error deleting log file:\n    " + path + "\n    " + removed.error().message);

@@ -12,27 +12,38 @@ std::string withSlash(std::string path)
     return path;
 }
 
+} // namespace
+
+/// Writes to the file of its path; what is written after the file's removal is lost.
 class MemoryFileHandle final : public FileHandle {
 public:
-    explicit MemoryFileHandle(std::string& contents)
-        : m_contents(contents)
+    MemoryFileHandle(MemoryFileManager& owner, std::string path)
+        : m_owner(owner)
+        , m_path(std::move(path))
     {
     }
-    void seekToEndOfFile() override { m_offset = m_contents.size(); }
+    void seekToEndOfFile() override { m_atEnd = true; }
     void writeData(std::string_view bytes) override
     {
-        m_contents.replace(m_offset, std::min(bytes.size(), m_contents.size() - m_offset), bytes);
-        m_offset += bytes.size();
+        const std::lock_guard lock(m_owner.m_mutex);
+        const auto it = m_owner.files.find(m_path);
+        if (it == m_owner.files.end())
+            return;
+        auto& contents = it->second;
+        // The end is where it is when the bytes come: lines of several writers stay whole.
+        const auto at = m_atEnd ? contents.size() : std::min(m_offset, contents.size());
+        contents.replace(at, std::min(bytes.size(), contents.size() - at), bytes);
+        m_offset = at + bytes.size();
     }
 
 private:
-    std::string& m_contents;
+    MemoryFileManager& m_owner;
+    std::string m_path;
     std::size_t m_offset = 0;
+    bool m_atEnd = false;
 };
 
-} // namespace
-
-bool MemoryFileManager::fileExists(const std::string& path) const
+bool MemoryFileManager::exists(const std::string& path) const
 {
     if (files.contains(path) || folders.contains(withSlash(path)))
         return true;
@@ -40,8 +51,15 @@ bool MemoryFileManager::fileExists(const std::string& path) const
     return inside != files.end() && inside->first.starts_with(withSlash(path));
 }
 
+bool MemoryFileManager::fileExists(const std::string& path) const
+{
+    const std::lock_guard lock(m_mutex);
+    return exists(path);
+}
+
 bool MemoryFileManager::createFile(const std::string& path)
 {
+    const std::lock_guard lock(m_mutex);
     m_events.push_back("create " + path);
     if (creatingFails)
         return false;
@@ -51,17 +69,18 @@ bool MemoryFileManager::createFile(const std::string& path)
 
 std::unique_ptr<FileHandle> MemoryFileManager::openForUpdating(const std::string& path)
 {
-    const auto it = files.find(path);
-    if (it == files.end())
+    const std::lock_guard lock(m_mutex);
+    if (openingFails || !files.contains(path))
         return nullptr;
-    return std::make_unique<MemoryFileHandle>(it->second);
+    return std::make_unique<MemoryFileHandle>(*this, path);
 }
 
 Result<std::vector<std::string>> MemoryFileManager::contentsOfDirectory(
     const std::string& path) const
 {
+    const std::lock_guard lock(m_mutex);
     m_events.push_back("list " + path);
-    if (listingFails || !fileExists(path))
+    if (listingFails || !exists(path))
         return Error{ErrorCode::Io, "The folder cannot be listed."};
     const auto prefix = withSlash(path);
     std::set<std::string> names;
@@ -80,10 +99,11 @@ Result<std::vector<std::string>> MemoryFileManager::contentsOfDirectory(
 
 Status MemoryFileManager::removeItem(const std::string& path)
 {
+    const std::lock_guard lock(m_mutex);
     m_events.push_back("remove " + path);
     if (const auto it = stuck.find(path); it != stuck.end())
         return Error{ErrorCode::Io, it->second};
-    if (!fileExists(path))
+    if (!exists(path))
         return Error{ErrorCode::NotFound, "There is no such file."};
     const auto prefix = withSlash(path);
     const auto eraseUnder = [&](auto& container, const auto& nameOf) {

@@ -3,7 +3,6 @@
 
 #include "platform/file_manager.h"
 
-#include <functional>
 #include <map>
 #include <mutex>
 #include <set>
@@ -12,7 +11,8 @@
 
 namespace zarn::memory {
 
-/// Files in memory, by full path. Records "create", "open", "list" and "remove" with the path.
+/// Files in memory, by full path. Records "create", "list" and "remove" with the path.
+/// The interface may be used from any thread; the members only while nobody uses it.
 class MemoryFileManager final : public FileManager {
 public:
     explicit MemoryFileManager(std::vector<std::string>& events)
@@ -33,11 +33,16 @@ public:
     std::set<std::string> folders;
     bool listingFails = false;
     bool creatingFails = false;
+    bool openingFails = false;
     /// Paths that cannot be removed, with the error's description.
     std::map<std::string, std::string> stuck;
 
 private:
+    friend class MemoryFileHandle;
+    bool exists(const std::string& path) const;
+
     std::vector<std::string>& m_events;
+    mutable std::mutex m_mutex;
 };
 
 } // namespace zarn::memory

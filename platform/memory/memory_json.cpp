@@ -41,7 +41,10 @@ private:
     std::optional<Value> parseValue(int depth)
     {
         skipBlanks();
-        if (m_at == m_text.size() || depth > deepest)
+        if (m_at == m_text.size())
+            return std::nullopt;
+        const bool isContainer = m_text[m_at] == '{' || m_text[m_at] == '[';
+        if (isContainer && depth == deepest)
             return std::nullopt;
         switch (m_text[m_at]) {
         case '{':

@@ -96,9 +96,11 @@ std::optional<std::string> MemoryTextServices::firstMatch(
         || literalEnd == std::string_view::npos)
         return std::nullopt;
     std::string literal(pattern.substr(opening.size(), literalEnd - opening.size()));
+    std::string excluded(pattern.substr(literalEnd + middle.size()));
+    excluded.resize(excluded.size() - std::string_view("]+").size());
+    // Both write "\/" for "/".
     std::erase(literal, '\\');
-    auto excluded = pattern.substr(literalEnd + middle.size());
-    excluded.remove_suffix(2);
+    std::erase(excluded, '\\');
     for (auto at = text.find(literal); at != std::string_view::npos;
          at = text.find(literal, at + 1)) {
         const auto start = at + literal.size();
