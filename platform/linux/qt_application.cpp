@@ -145,8 +145,10 @@ void QtApplication::addMenus(QMainWindow& window)
     const auto add = [&](const QString& title, const char* action) {
         auto* item = menu->addAction(title);
         item->setMenuRole(QAction::NoRole);
-        QObject::connect(item, &QAction::triggered, item,
-            [this, action] { m_delegate->performMenuAction(action); });
+        // Later, so that assistive technology that used the item is answered before an alert opens.
+        QObject::connect(
+            item, &QAction::triggered, item,
+            [this, action] { m_delegate->performMenuAction(action); }, Qt::QueuedConnection);
     };
     add("&About Zarn Actions", "showAbout");
     add(QStringLiteral("&Check for Updates\u2026"), "checkForUpdates");
