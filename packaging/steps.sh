@@ -64,7 +64,9 @@ need_packages() {
     done < <(grep -v '^#' packaging/packages.txt)
     command -v dpkg-query >/dev/null || fail "this is not a Debian system: install by hand: ${wanted[*]}"
     local installed
-    installed=$(dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null | sed -n 's/^installed //p')
+    # dpkg-query fails when it does not know one of the names; what it knows it has printed then.
+    installed=$({ dpkg-query -W -f '${db:Status-Status} ${Package}\n' "${wanted[@]}" 2>/dev/null || :; } |
+        sed -n 's/^installed //p')
     missing_packages=
     for name in "${wanted[@]}"; do
         grep -qx -- "$name" <<<"$installed" || missing_packages="$missing_packages $name"
