@@ -47,6 +47,8 @@ SettingsPortal::SettingsPortal()
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
+    // The signal's slot is found by the names of its types, which have to be known by then.
+    qRegisterMetaType<QDBusVariant>();
     bus.connect(portalService, portalPath, portalInterface, "SettingChanged", m_signal.get(),
         SLOT(settingChanged(QString, QString, QDBusVariant)));
     auto read = QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, "Read");

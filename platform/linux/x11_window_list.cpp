@@ -40,7 +40,7 @@ public:
         for (auto screens = xcb_setup_roots_iterator(xcb_get_setup(m_connection)); screens.rem > 0;
              xcb_screen_next(&screens)) {
             for (const auto topLevel : children(screens.data->root))
-                visit(topLevel);
+                visit(topLevel, *screens.data);
         }
         return std::move(m_records);
     }
@@ -129,9 +129,18 @@ private:
         return std::nullopt;
     }
 
-    void visit(xcb_window_t topLevel)
+    /// Window managers park windows of their own beyond the edge.
+    bool isWithin(const xcb_screen_t& screen, xcb_window_t topLevel)
     {
-        if (!isVisible(topLevel))
+        const Reply<xcb_get_geometry_reply_t> place(xcb_get_geometry_reply(
+            m_connection, xcb_get_geometry(m_connection, topLevel), nullptr));
+        return place && place->x < screen.width_in_pixels && place->y < screen.height_in_pixels
+            && place->x + place->width > 0 && place->y + place->height > 0;
+    }
+
+    void visit(xcb_window_t topLevel, const xcb_screen_t& screen)
+    {
+        if (!isVisible(topLevel) || !isWithin(screen, topLevel))
             return;
         const auto window = programWindow(topLevel, 0).value_or(topLevel);
         const auto windowClass = property(window, XCB_ATOM_WM_CLASS).bytes;
@@ -181,7 +190,9 @@ private:
 
 std::optional<std::vector<WindowRecord>> X11WindowList::onScreen() const
 {
-    if (const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>())
+    // Other platforms answer for this interface too, without a connection.
+    const auto* x11 = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
+    if (x11 && x11->connection())
         return Screen(x11->connection()).windows();
     std::vector<WindowRecord> records;
     for (auto& title : m_ownTitles())
