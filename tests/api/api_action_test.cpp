@@ -1,6 +1,4 @@
 // SPDX-License-Identifier: MIT
-#include "api/endpoint_url.h"
-
 #include "tests/api/api_fixture.h"
 
 namespace zarn {
@@ -27,43 +25,6 @@ protected:
     }
     std::vector<Value::Dictionary> results;
 };
-
-TEST_F(ApiActionTest, EndpointsOfTheFirstVersionAreMatchedExactly)
-{
-    const struct {
-        const char* endpoint;
-        const char* prefix;
-    } rows[] = {{"buildings", "v1/"}, {"csa/token", "v1/"}, {"icon", "v1/"},
-        {"zarn-pro-version", "v1/"}, {"auth/invalidate-token", "v1/"}, {"Buildings", "v2/"},
-        {"buildings/", "v2/"}, {"icons", "v2/"}, {"computers", "v2/"}, {"", "v2/"}};
-    for (const auto& row : rows)
-        EXPECT_EQ(apiPathPrefix(row.endpoint), row.prefix) << row.endpoint;
-}
-
-TEST_F(ApiActionTest, DoubledSlashesBeforeApiCollapse)
-{
-    EXPECT_EQ(collapseApiSlashes("https://h//api/v1"), "https://h/api/v1");
-    EXPECT_EQ(collapseApiSlashes("https://api.h/api"), "https:/api.h/api");
-    EXPECT_EQ(collapseApiSlashes("https://h///api"), "https://h//api");
-    EXPECT_EQ(collapseApiSlashes("//api//api"), "/api/api");
-    EXPECT_EQ(collapseApiSlashes("https://h/x"), "https://h/x");
-}
-
-TEST_F(ApiActionTest, TheVersionEndpointOnAServerUrlEndingInASlash)
-{
-    action({"https://zarn.example/", "zarn-pro-version", "", {}, "", "GET"});
-    EXPECT_EQ(sessions.requests.at(0).url, "https://zarn.example/api/v1/zarn-pro-version");
-}
-
-TEST_F(ApiActionTest, AnIdIsAppendedUnlessItIsEmptyOrZero)
-{
-    for (const char* id : {"", "0", "17", "00"})
-        action({"https://zarn.example", "computers", id, {}, "", "get"});
-    EXPECT_EQ(sessions.requests[0].url, "https://zarn.example/api/v2/computers");
-    EXPECT_EQ(sessions.requests[1].url, "https://zarn.example/api/v2/computers");
-    EXPECT_EQ(sessions.requests[2].url, "https://zarn.example/api/v2/computers/17");
-    EXPECT_EQ(sessions.requests[3].url, "https://zarn.example/api/v2/computers/00");
-}
 
 TEST_F(ApiActionTest, TheIdIsAppendedAfterSlashesCollapsed)
 {
@@ -95,12 +56,6 @@ TEST_F(ApiActionTest, SkipSendsNothing)
     EXPECT_TRUE(sessions.requests.empty());
     EXPECT_EQ(sessions.cacheClears, 0);
     EXPECT_TRUE(logLines().empty());
-}
-
-TEST_F(ApiActionTest, AnEmptyObjectSendsNoBodyEvenForPost)
-{
-    action({"https://zarn.example", "computers", "", {}, "", "post"});
-    EXPECT_EQ(sessions.requests[0].body, std::nullopt);
 }
 
 TEST_F(ApiActionTest, AnObjectTravelsPrettyPrinted)
@@ -155,13 +110,6 @@ TEST_F(ApiActionTest, AnObjectIsHandedOverUnchanged)
     const Value::Dictionary expected{{"a", Value::Array{1, "x"}}};
     EXPECT_EQ(resultOf(200, R"({"a":[1,"x"]})", "computers"), expected);
     EXPECT_EQ(resultOf(204, R"({"a":[1,"x"]})", "auth/invalidate-token"), expected);
-}
-
-TEST_F(ApiActionTest, AnInvalidatedTokenIsTerminated)
-{
-    const Value::Dictionary terminated{
-        {"ZPAPI_result", "token terminated"}, {"ZPAPI_response", 204}};
-    EXPECT_EQ(resultOf(204, "", "auth/invalidate-token"), terminated);
 }
 
 TEST_F(ApiActionTest, NoObjectInAnyOtherReplyFails)

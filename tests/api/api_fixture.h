@@ -15,6 +15,7 @@
 
 #include <gtest/gtest.h>
 
+#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -29,9 +30,12 @@ public:
     {
         shown.push_back(
             std::string(header) + "|" + std::string(message) + "|" + std::string(second));
+        if (whileOpen)
+            whileOpen();
         return "OK";
     }
     std::vector<std::string> shown;
+    std::function<void()> whileOpen;
 };
 
 /// A server client on the in-memory platform.

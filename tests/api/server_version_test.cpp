@@ -71,67 +71,6 @@ TEST_F(GetVersionTest, TheVersionChoosesBetweenBasicAndBearer)
     }
 }
 
-TEST_F(GetVersionTest, ForcedBasicSelectsBasicForANewServer)
-{
-    getVersion({{"version", "10.40.0"}}, true);
-    EXPECT_EQ(connection.authScheme, "Basic");
-    EXPECT_EQ(connection.token, "Q3JlZHM=");
-    EXPECT_EQ(logLines(),
-        (Lines{"[TokenDelegate.getVersion] Zarn Pro Version: 10.40.0",
-            "[TokenDelegate.getVersion] https://zarn.example set to use Basic Authentication"}));
-}
-
-TEST_F(GetVersionTest, TheBuildTextIsKeptBesideThePatch)
-{
-    getVersion({{"version", "10.35.0-t1712345"}});
-    EXPECT_EQ(connection.serverVersion, "10.35.0-t1712345");
-    EXPECT_EQ(connection.versionMajor, 10);
-    EXPECT_EQ(connection.versionMinor, 35);
-    EXPECT_EQ(connection.versionPatch, 0);
-    EXPECT_EQ(connection.versionBuild, "t1712345");
-}
-
-TEST_F(GetVersionTest, AReplyWithoutAVersionIsToldAndFails)
-{
-    for (const Value::Dictionary& reply : {Value::Dictionary{}, Value::Dictionary{{"version", 10}},
-             Value::Dictionary{{"ZPAPI_result", "failed"}, {"ZPAPI_response", 401}}}) {
-        outcomes.clear();
-        alerts.shown.clear();
-        files.files.clear();
-        getVersion(reply);
-        EXPECT_EQ(alerts.shown,
-            (Lines{"Attention|Failed to get version information from https://zarn.example|"}));
-        EXPECT_EQ(outcomes, (Lines{"201 failed"}));
-        EXPECT_EQ(logLines(),
-            (Lines{"[TokenDelegate.getToken] failed to get version information from "
-                   "https://zarn.example"}));
-        EXPECT_FALSE(connection.bearerTokenActive);
-        EXPECT_EQ(connection.authScheme, "Bearer");
-        EXPECT_EQ(connection.token, "token");
-        EXPECT_EQ(connection.serverVersion, "");
-    }
-}
-
-TEST_F(GetVersionTest, AnEmptyVersionTellsNobody)
-{
-    getVersion({{"version", ""}});
-    EXPECT_TRUE(outcomes.empty());
-    EXPECT_TRUE(alerts.shown.empty());
-    EXPECT_TRUE(logLines().empty());
-    EXPECT_EQ(connection.serverVersion, "");
-}
-
-TEST_F(GetVersionTest, AVersionOfTwoPartsIsStoredAndTellsNobody)
-{
-    getVersion({{"version", "10.35"}});
-    EXPECT_TRUE(outcomes.empty());
-    EXPECT_TRUE(alerts.shown.empty());
-    EXPECT_EQ(logLines(), (Lines{"[TokenDelegate.getVersion] Zarn Pro Version: 10.35"}));
-    EXPECT_EQ(connection.serverVersion, "10.35");
-    EXPECT_EQ(connection.authScheme, "Bearer");
-    EXPECT_EQ(connection.versionMajor, 0);
-}
-
 TEST_F(GetVersionTest, AProbeThatFailedIsMadeAgainByTheNextToken)
 {
     connection.useApiClient = 0;
@@ -145,6 +84,30 @@ TEST_F(GetVersionTest, AProbeThatFailedIsMadeAgainByTheNextToken)
     sessions.deliverAll();
     EXPECT_EQ(outcomes, (Lines{"200 failed", "200 success"}));
     EXPECT_EQ(sessions.requests.size(), 4U);
+}
+
+TEST_F(GetVersionTest, TheLogLineComesBeforeTheAlertAndTheAlertBeforeTheCompletion)
+{
+    std::vector<std::string> order;
+    alerts.whileOpen = [&] {
+        order.push_back("alert after " + std::to_string(logLines().size()));
+        EXPECT_FALSE(connection.bearerTokenActive);
+    };
+    delegate->getVersion({},
+        {false, "https://zarn.example", "",
+            [&](std::int64_t status, const std::string& result) {
+                order.push_back(std::to_string(status) + " " + result);
+            },
+            299});
+    EXPECT_EQ(order, (Lines{"alert after 1", "299 failed"}));
+}
+
+TEST_F(GetVersionTest, AVersionWithoutABuildLeavesTheLastBuildText)
+{
+    getVersion({{"version", "10.35.0-t1"}});
+    getVersion({{"version", "10.36.0"}});
+    EXPECT_EQ(connection.versionMinor, 36);
+    EXPECT_EQ(connection.versionBuild, "t1");
 }
 
 } // namespace

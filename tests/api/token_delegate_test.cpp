@@ -1,5 +1,11 @@
 // SPDX-License-Identifier: MIT
+#include "api/token_delegate.h"
+
+#include "platform/utf8.h"
 #include "tests/api/api_fixture.h"
+
+#include <functional>
+#include <initializer_list>
 
 namespace zarn {
 namespace {
@@ -68,20 +74,6 @@ TEST_F(TokenDelegateTest, TheCacheIsEmptiedBeforeTheRequest)
     }
     EXPECT_EQ(network,
         (Lines{"empty the URL cache", "request POST https://zarn.example/api/oauth/token"}));
-}
-
-TEST_F(TokenDelegateTest, AServerUrlThatEndsInASlashYieldsASingleOne)
-{
-    useUsername();
-    getToken("https://zarn.example/");
-    EXPECT_EQ(sessions.requests.at(0).url, "https://zarn.example/api/v1/auth/token");
-}
-
-TEST_F(TokenDelegateTest, AHostThatBeginsWithApiLosesASlashOfItsScheme)
-{
-    useUsername();
-    getToken("https://api.zarn.example");
-    EXPECT_EQ(sessions.requests.at(0).url, "https:/api.zarn.example/api/v1/auth/token");
 }
 
 TEST_F(TokenDelegateTest, AMalformedUrlFailsAtOnceWithoutARequest)
@@ -190,40 +182,6 @@ TEST_F(TokenDelegateTest, TheApiClientsTokenHasItsOwnKey)
     EXPECT_EQ(connection.token, "right");
 }
 
-TEST_F(TokenDelegateTest, AReplyWithoutATokenStillSucceedsWithAnEmptyOne)
-{
-    connection.serverVersion = "11.0.0";
-    connection.token = "old";
-    for (const char* body : {"{}", R"({"access_token":7})", R"({"token":"other mode's key"})"}) {
-        outcomes.clear();
-        sessions.reply(200, body);
-        getToken();
-        sessions.deliverAll();
-        EXPECT_EQ(outcomes, (Lines{"200 success"})) << body;
-        EXPECT_EQ(connection.token, "");
-    }
-}
-
-TEST_F(TokenDelegateTest, ASecondValidationDoesNotAskForTheVersionAgain)
-{
-    useUsername();
-    sessions.reply(200, R"({"token":"one"})");
-    sessions.reply(200, R"({"version":"10.40.0"})");
-    getToken();
-    sessions.deliverAll();
-    sessions.reply(299, R"({"token":"two"})");
-    getToken("https://other.example");
-    sessions.deliverAll();
-    EXPECT_EQ(outcomes, (Lines{"200 success", "200 success"}));
-    EXPECT_EQ(sessions.requests.size(), 3U);
-    EXPECT_EQ(connection.token, "two");
-    const auto lines = logLines();
-    EXPECT_EQ(lines.back(),
-        "[TokenDelegate.getVersion] call token refresh process for https://other.example");
-    EXPECT_EQ(lines[lines.size() - 2],
-        "[TokenDelegate.getToken] new token created for https://other.example");
-}
-
 TEST_F(TokenDelegateTest, TheLogTellsEachStepInOrder)
 {
     useUsername();
@@ -260,21 +218,167 @@ TEST_F(TokenDelegateTest, ForcedBasicAuthenticationIsOnForExactlyOne)
     }
 }
 
-TEST_F(TokenDelegateTest, ForcedBasicAuthenticationLeavesTheTokenRequestUnchanged)
-{
-    useUsername();
-    getToken();
-    settings.standard().set("forceBasicAuth", 1);
-    getToken();
-    EXPECT_EQ(sessions.requests[0].headers, sessions.requests[1].headers);
-    EXPECT_EQ(sessions.requests[0].url, sessions.requests[1].url);
-}
-
 TEST_F(TokenDelegateTest, NothingIsCalledBeforeTheReply)
 {
     getToken();
     EXPECT_TRUE(outcomes.empty());
     EXPECT_EQ(sessions.running(), 1U);
+}
+
+/// Tells how many lines the log had when the network was touched.
+class ObservedSessions final : public UrlSessions {
+public:
+    ObservedSessions(memory::MemoryUrlSessions& sessions, std::function<std::size_t()> logLength)
+        : m_sessions(sessions)
+        , m_logLength(std::move(logLength))
+    {
+    }
+    std::shared_ptr<UrlSession> makeSession(
+        const UrlSessionConfiguration& configuration, UrlSessionDelegate& observed) override
+    {
+        steps.push_back("session at " + std::to_string(m_logLength()));
+        return m_sessions.makeSession(configuration, observed);
+    }
+    void removeAllCachedResponses() override
+    {
+        steps.push_back("cache at " + std::to_string(m_logLength()));
+        m_sessions.removeAllCachedResponses();
+    }
+    std::vector<std::string> steps;
+
+private:
+    memory::MemoryUrlSessions& m_sessions;
+    std::function<std::size_t()> m_logLength;
+};
+
+TEST_F(TokenDelegateTest, TheCacheIsEmptiedBetweenTheTwoLogLinesOfARequest)
+{
+    ObservedSessions observed(sessions, [this] { return logLines().size(); });
+    const auto client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
+        connection, observed, json, settings.standard(), texts, clock, log, alerts, console});
+    client->getToken("https://zarn.example", "", completion());
+    EXPECT_EQ(observed.steps, (Lines{"cache at 1", "session at 2"}));
+    client->getToken("not a URL", "", completion());
+    EXPECT_EQ(observed.steps, (Lines{"cache at 1", "session at 2", "cache at 3"}));
+}
+
+TEST_F(TokenDelegateTest, AnActionEmptiesTheCacheBeforeItsLogLine)
+{
+    ObservedSessions observed(sessions, [this] { return logLines().size(); });
+    const auto client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
+        connection, observed, json, settings.standard(), texts, clock, log, alerts, console});
+    client->action({"https://zarn.example", "icon", "", {}, "", "get"}, [](const auto&) {});
+    EXPECT_EQ(observed.steps, (Lines{"cache at 0", "session at 1"}));
+}
+
+TEST_F(TokenDelegateTest, TheReplyIsReadAsTheCredentialsOfTheRequest)
+{
+    useUsername();
+    sessions.reply(200, R"({"token":"mine","access_token":"not mine"})");
+    getToken();
+    connection.useApiClient = 1;
+    connection.base64Creds = "changed meanwhile";
+    sessions.deliver();
+    EXPECT_EQ(connection.token, "mine");
+    EXPECT_EQ(connection.base64Creds, "YWRtaW46cHc=");
+}
+
+TEST_F(TokenDelegateTest, ForcedBasicAuthenticationIsReadWhenTheRequestIsMade)
+{
+    useUsername();
+    settings.standard().set("forceBasicAuth", 1);
+    sessions.reply(200, R"({"token":"abc"})");
+    sessions.reply(200, R"({"version":"10.40.0"})");
+    getToken();
+    settings.standard().remove("forceBasicAuth");
+    sessions.deliverAll();
+    EXPECT_EQ(connection.authScheme, "Basic");
+    EXPECT_EQ(connection.token, "YWRtaW46cHc=");
+}
+
+TEST_F(TokenDelegateTest, ForcedBasicAuthenticationIsNeverWritten)
+{
+    getToken();
+    sessions.deliverAll();
+    EXPECT_TRUE(settings.standard().values.empty());
+}
+
+TEST_F(TokenDelegateTest, EveryOtherKindOfCredentialFlagMeansUserNameAndPassword)
+{
+    for (const int flag : {0, 2, -1}) {
+        connection.useApiClient = flag;
+        getToken();
+        EXPECT_EQ(sessions.requests.back().url, "https://zarn.example/api/v1/auth/token") << flag;
+    }
+}
+
+TEST_F(TokenDelegateTest, ARequestOutlivesTheCallersReference)
+{
+    useUsername();
+    sessions.reply(200, R"({"token":"abc"})");
+    sessions.reply(200, R"({"version":"10.40.0"})");
+    getToken();
+    delegate.reset();
+    sessions.deliverAll();
+    EXPECT_EQ(outcomes, (Lines{"200 success"}));
+}
+
+TEST_F(TokenDelegateTest, NothingIsKeptOnceTheReplyWasHandled)
+{
+    useUsername();
+    sessions.reply(200, R"({"token":"abc"})");
+    sessions.reply(200, R"({"version":"10.40.0"})");
+    auto captured = std::make_shared<int>(0);
+    const std::weak_ptr<int> watched = captured;
+    delegate->getToken("https://zarn.example", "",
+        [captured = std::move(captured)](std::int64_t, const std::string&) { ++*captured; });
+    EXPECT_FALSE(watched.expired());
+    sessions.deliverAll();
+    EXPECT_TRUE(watched.expired());
+    EXPECT_EQ(delegate.use_count(), 1);
+    EXPECT_EQ(sessions.sessionsInvalidated, 2);
+}
+
+TEST_F(TokenDelegateTest, AFailureLeavesTheLastTokenAndSchemeAsTheyWere)
+{
+    for (const auto& [status, body] : std::initializer_list<std::pair<int, const char*>>{
+             {0, ""}, {401, "{}"}, {200, "no JSON"}}) {
+        connection.token = "last";
+        connection.authScheme = "Bearer";
+        connection.base64Creds = "bGFzdA==";
+        connection.bearerTokenActive = true;
+        connection.tokenCreated = std::nullopt;
+        if (status != 0)
+            sessions.reply(status, body);
+        delegate->getToken("https://zarn.example", "bmV3", completion());
+        sessions.deliverAll();
+        EXPECT_EQ(connection.token, "last") << status;
+        EXPECT_EQ(connection.authScheme, "Bearer") << status;
+        EXPECT_EQ(connection.base64Creds, "bGFzdA==") << status;
+        EXPECT_EQ(connection.tokenCreated, std::nullopt) << status;
+        EXPECT_FALSE(connection.bearerTokenActive) << status;
+    }
+}
+
+TEST_F(TokenDelegateTest, ALongReplyIsCutBetweenCharactersInTheLog)
+{
+    // Keys are kept, texts are not. Each key holds two-byte characters only.
+    std::string body = "[{\"";
+    for (int i = 0; i < 5000; ++i)
+        body += "\xC3\xA9";
+    body += "\":1}]";
+    for (const char* shift : {"", "x"}) {
+        files.files.clear();
+        std::string shifted = body;
+        shifted.insert(3, shift);
+        sessions.reply(200, shifted);
+        getToken();
+        sessions.deliverAll();
+        const auto& written = files.files.begin()->second;
+        EXPECT_LT(written.size(), 5000U);
+        EXPECT_TRUE(isUtf8(written)) << shift;
+        EXPECT_TRUE(written.ends_with("\xC3\xA9...)\n")) << shift;
+    }
 }
 
 } // namespace

@@ -1,52 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "log/write_to_log.h"
-
-#include "platform/memory/memory_clock.h"
-#include "platform/memory/memory_file_manager.h"
-
-#include <gtest/gtest.h>
+#include "tests/log/log_fixture.h"
 
 #include <algorithm>
-#include <thread>
 
 namespace zarn {
 namespace {
 
-const std::string folder = "/home/test/Library/Logs/";
-const std::string firstName = "20250301_101500_zarn-shortcuts.log";
-
-class WriteToLogTest : public testing::Test {
-protected:
-    void fill(int count, const std::string& prefix = "20240101_0000")
-    {
-        for (int i = 0; i < count; ++i)
-            files.files[folder + prefix + (i < 10 ? "0" : "") + std::to_string(i) + ".log"] = "old";
-    }
-    std::vector<std::string> removed() const
-    {
-        std::vector<std::string> paths;
-        for (const auto& event : events) {
-            if (event.starts_with("remove "))
-                paths.push_back(event.substr(7));
-        }
-        return paths;
-    }
-
-    std::vector<std::string> events;
-    memory::MemoryFileManager files{events};
-    memory::MemoryClock clock;
-    memory::MemoryDateFormatter dates;
-    LogFile file{{files, clock, dates}};
-    WriteToLog log{file};
-};
-
-TEST_F(WriteToLogTest, TheFirstMessageInAFreshFolderStartsAStampedFile)
-{
-    log.writeEntry("[test] hello");
-    ASSERT_EQ(files.files.size(), 1U);
-    EXPECT_EQ(files.files.begin()->first, folder + firstName);
-    EXPECT_EQ(files.files.begin()->second, "Sat Mar 01 10:15:00 [test] hello\n");
-}
+using WriteToLogTest = LogTest;
 
 TEST_F(WriteToLogTest, TheNameBeforeAnyStartIsPlain)
 {
@@ -70,22 +30,6 @@ TEST_F(WriteToLogTest, AnExistingFileOfThePlainNameIsUsedAsItIs)
     log.writeEntry("after");
     EXPECT_EQ(files.files.at(folder + "zarn-shortcuts.log"), "before\nSat Mar 01 10:15:00 after\n");
     EXPECT_EQ(file.logFileName(), "zarn-shortcuts.log");
-}
-
-TEST_F(WriteToLogTest, DeletingTheFileWhileRunningStacksASecondStamp)
-{
-    log.writeEntry("one");
-    files.files.clear();
-    clock.time.secondsSince1970 += 60;
-    log.writeEntry("two");
-    EXPECT_EQ(file.logFileName(), "20250301_101600_20250301_101500_zarn-shortcuts.log");
-    EXPECT_EQ(files.files.at(folder + file.logFileName()), "Sat Mar 01 10:16:00 two\n");
-}
-
-TEST_F(WriteToLogTest, EmbeddedNewlinesAreWrittenUnchangedAndOneLineBreakIsAdded)
-{
-    log.writeEntry("a\n\nb\n");
-    EXPECT_EQ(files.files.at(folder + firstName), "Sat Mar 01 10:15:00 a\n\nb\n\n");
 }
 
 TEST_F(WriteToLogTest, AnEmptyMessageIsATimestampAndABlank)
@@ -124,33 +68,6 @@ TEST_F(WriteToLogTest, TimestampsFollowTheTimeZone)
 {
     dates.secondsFromUtc = 7200;
     EXPECT_EQ(file.logTimestamp("file"), "20250301_121500");
-}
-
-TEST_F(WriteToLogTest, FortyTwoEntriesAreAllKept)
-{
-    fill(41);
-    file.startNewLogFile();
-    EXPECT_EQ(files.files.size(), 42U);
-    EXPECT_TRUE(removed().empty());
-}
-
-TEST_F(WriteToLogTest, OfFortyThreeEntriesTheFirstInOrderIsRemoved)
-{
-    fill(42);
-    file.startNewLogFile();
-    EXPECT_EQ(removed(), std::vector<std::string>{folder + "20240101_000000.log"});
-    EXPECT_EQ(files.files.size(), 42U);
-}
-
-TEST_F(WriteToLogTest, OfFiftyEntriesTheFirstEightAreRemovedInOrder)
-{
-    fill(49);
-    file.startNewLogFile();
-    const auto paths = removed();
-    ASSERT_EQ(paths.size(), 8U);
-    for (std::size_t i = 0; i < paths.size(); ++i)
-        EXPECT_EQ(paths[i], folder + "20240101_00000" + std::to_string(i) + ".log");
-    EXPECT_EQ(files.files.size(), 42U);
 }
 
 TEST_F(WriteToLogTest, EveryEntryCountsWhateverItsName)
@@ -192,16 +109,116 @@ TEST_F(WriteToLogTest, AHundredThousandFilesArePrunedToTheLastFortyTwo)
     EXPECT_FALSE(files.files.contains(folder + "1099958"));
 }
 
-TEST_F(WriteToLogTest, TheNameMayBeAskedForWhileAnotherThreadStartsAFile)
+/// A clock that is a second later at each look.
+class TickingClock final : public Clock {
+public:
+    Date now() const override { return {m_start.secondsSince1970 + m_looks++}; }
+
+private:
+    Date m_start = memory::MemoryClock().now();
+    mutable int m_looks = 0;
+};
+
+TEST_F(WriteToLogTest, TheLineIsStampedAfterItsFileWasStarted)
 {
-    std::thread starter([this] {
-        for (int i = 0; i < 200; ++i)
-            file.startNewLogFile();
-    });
-    for (int i = 0; i < 200; ++i)
-        EXPECT_TRUE(file.logFileName().ends_with("zarn-shortcuts.log"));
-    starter.join();
-    EXPECT_EQ(file.logFileName().size(), 200 * 16 + std::string("zarn-shortcuts.log").size());
+    TickingClock ticking;
+    LogFile later({files, ticking, dates});
+    WriteToLog(later).writeEntry("x");
+    EXPECT_EQ(files.files.at(folder + firstName), "Sat Mar 01 10:15:01 x\n");
+}
+
+TEST_F(WriteToLogTest, TheHomeFolderIsAskedForOnce)
+{
+    log.writeEntry("one");
+    files.home = "/home/other";
+    log.writeEntry("two");
+    EXPECT_EQ(file.logFolderPath(), folder);
+    EXPECT_EQ(files.files.size(), 1U);
+}
+
+TEST_F(WriteToLogTest, AFileIsCreatedThenTheFolderListedThenTheOldestRemoved)
+{
+    fill(43);
+    log.writeEntry("x");
+    EXPECT_EQ(events,
+        (std::vector<std::string>{"create " + folder + firstName, "list " + folder,
+            "remove " + folder + "20240101_000000.log",
+            "remove " + folder + "20240101_000001.log"}));
+}
+
+TEST_F(WriteToLogTest, PruningTakesPlaceEvenWhenTheFileCannotBeCreated)
+{
+    fill(43);
+    files.creatingFails = true;
+    log.writeEntry("lost");
+    EXPECT_EQ(removed(), std::vector<std::string>{folder + "20240101_000000.log"});
+}
+
+TEST_F(WriteToLogTest, AFileThatCannotBeOpenedLosesTheLineOnly)
+{
+    log.writeEntry("one");
+    files.openingFails = true;
+    log.writeEntry("lost");
+    files.openingFails = false;
+    log.writeEntry("two");
+    EXPECT_EQ(file.logFileName(), firstName);
+    EXPECT_EQ(
+        files.files.at(folder + firstName), "Sat Mar 01 10:15:00 one\nSat Mar 01 10:15:00 two\n");
+}
+
+TEST_F(WriteToLogTest, EveryLineOpensTheFileAnew)
+{
+    log.writeEntry("one");
+    files.files[folder + firstName] = "another file under the name\n";
+    log.writeEntry("two");
+    EXPECT_EQ(files.files.at(folder + firstName),
+        "another file under the name\nSat Mar 01 10:15:00 two\n");
+}
+
+TEST_F(WriteToLogTest, AnInstanceOfItsOwnForEachMessageWritesTheSame)
+{
+    WriteToLog(file).writeEntry("one");
+    WriteToLog(file).writeEntry("two");
+    EXPECT_EQ(
+        files.files.at(folder + firstName), "Sat Mar 01 10:15:00 one\nSat Mar 01 10:15:00 two\n");
+}
+
+TEST_F(WriteToLogTest, EveryFailedRemovalIsWrittenInOrder)
+{
+    fill(50);
+    std::string expected;
+    for (const char* name : {"20240101_000000.log", "20240101_000001.log", "20240101_000002.log"}) {
+        files.stuck[folder + name] = "stuck";
+        expected += "Sat Mar 01 10:15:00 Error deleting log file:\n    " + folder + name
+            + "\n    stuck\n";
+    }
+    log.writeEntry("x");
+    EXPECT_EQ(files.files.at(folder + firstName), expected + "Sat Mar 01 10:15:00 x\n");
+    EXPECT_EQ(files.files.size(), 45U);
+}
+
+TEST_F(WriteToLogTest, AFailureAfterTheCurrentFileWasPrunedDoesNotRecurse)
+{
+    // 42 names behind the new one's: it goes itself, and then another one cannot.
+    for (int i = 0; i < 42; ++i)
+        files.files[folder + "9" + std::to_string(100 + i)] = "";
+    files.files[folder + "3"] = "";
+    files.stuck[folder + "3"] = "stuck";
+    log.writeEntry("lost");
+    EXPECT_EQ(removed(), (std::vector<std::string>{folder + firstName, folder + "3"}));
+    EXPECT_EQ(file.logFileName(), firstName);
+    EXPECT_FALSE(files.files.contains(folder + firstName));
+}
+
+TEST_F(WriteToLogTest, NamesAreSortedByTheirBytes)
+{
+    fill(42);
+    files.files[folder + "20240101_000000.LOG"] = "";
+    files.files[folder + "\xC3\xA9"] = "";
+    file.startNewLogFile();
+    EXPECT_EQ(removed(),
+        (std::vector<std::string>{folder + "20240101_000000.LOG", folder + "20240101_000000.log",
+            folder + "20240101_000001.log"}));
 }
 
 } // namespace

@@ -1,60 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "update/version_check.h"
-
-#include "platform/memory/memory_desktop.h"
-#include "platform/memory/memory_text_services.h"
-#include "platform/memory/memory_url_sessions.h"
-
-#include <gtest/gtest.h>
-
-#include <optional>
+#include "tests/update/version_check_fixture.h"
 
 namespace zarn {
 namespace {
-
-const std::string row = "<tr><td>Current Version</td><td>";
-
-class VersionCheckTest : public testing::Test {
-protected:
-    void check()
-    {
-        VersionCheck({sessions, bundle, texts, pageUrl}).checkForUpdate([](bool) {});
-    }
-    std::optional<bool> resultOf(
-        const std::string& body, const std::string& current = "1.9.0", int status = 200)
-    {
-        (*bundle.info)["CFBundleShortVersionString"] = current;
-        sessions.reply(status, body);
-        return run();
-    }
-    std::optional<bool> run()
-    {
-        std::vector<bool> answers;
-        VersionCheck versionCheck({sessions, bundle, texts, pageUrl});
-        versionCheck.checkForUpdate([&](bool isNewer) { answers.push_back(isNewer); });
-        EXPECT_TRUE(answers.empty());
-        sessions.deliverAll();
-        EXPECT_LE(answers.size(), 1U);
-        return answers.empty() ? std::nullopt : std::optional<bool>(answers[0]);
-    }
-
-    std::vector<std::string> events;
-    memory::MemoryUrlSessions sessions{events};
-    memory::MemoryBundle bundle;
-    memory::MemoryTextServices texts;
-    std::string pageUrl = "https://zarn-actions.example/releases";
-};
-
-TEST_F(VersionCheckTest, ANewerPublishedVersionIsAnUpdate)
-{
-    EXPECT_EQ(resultOf("x" + row + "1.10.0</td></tr>", "1.9.0"), true);
-}
-
-TEST_F(VersionCheckTest, AnEqualOrOlderPublishedVersionIsNone)
-{
-    EXPECT_EQ(resultOf(row + "1.10.0</td></tr>", "1.10.0"), false);
-    EXPECT_EQ(resultOf(row + "1.10.0</td></tr>", "1.11.0"), false);
-}
 
 TEST_F(VersionCheckTest, TheRequestIsAPlainGetThatAcceptsEveryCertificate)
 {
@@ -69,12 +17,6 @@ TEST_F(VersionCheckTest, TheRequestIsAPlainGetThatAcceptsEveryCertificate)
     EXPECT_EQ(request.storage, UrlSessionConfiguration::Storage::Default);
     EXPECT_EQ(request.trust, ServerTrust::AcceptAny);
     EXPECT_EQ(events, (std::vector<std::string>{"empty the URL cache", "request GET " + pageUrl}));
-}
-
-TEST_F(VersionCheckTest, APageThatAnswers404IsNoUpdate)
-{
-    for (const int status : {100, 199, 300, 404, 500})
-        EXPECT_EQ(resultOf(row + "9.9.9</td>", "1.0.0", status), false) << status;
 }
 
 TEST_F(VersionCheckTest, NoResponseTellsNobody)
@@ -126,6 +68,46 @@ TEST_F(VersionCheckTest, ParsesItsOwnVersion)
     EXPECT_EQ(parseAppVersion("1.5.0b"), (AppVersion{1, 5, 0, false, 0}));
     EXPECT_EQ(parseAppVersion("1..5.0"), (AppVersion{1, 5, 0, false, 0}));
     EXPECT_EQ(parseAppVersion("10.20.30.40"), (AppVersion{10, 20, 30, false, 0}));
+}
+
+TEST_F(VersionCheckTest, EveryStatusOutsideTheTwoHundredsIsNoUpdate)
+{
+    for (const int status : {100, 199, 300, 301, 400, 404, 500, 599})
+        EXPECT_EQ(resultOf(row + "9.9.9</td>", "1.0.0", status), false) << status;
+    for (const int status : {200, 204, 299})
+        EXPECT_EQ(resultOf(row + "9.9.9</td>", "1.0.0", status), true) << status;
+}
+
+TEST_F(VersionCheckTest, ABackslashIsPartOfAPublishedVersion)
+{
+    EXPECT_EQ(resultOf(row + "1.9.0\\x</td>", "1.9.0"), true);
+}
+
+TEST_F(VersionCheckTest, EachCharacterOfTheClosingTagEndsThePublishedVersion)
+{
+    for (const char* end : {"<", "/", "t", "d", ">"})
+        EXPECT_EQ(resultOf(row + "1.9.0" + end + "9.9.9", "1.9.0"), false) << end;
+}
+
+TEST_F(VersionCheckTest, EachCheckEmptiesTheCacheAndMakesASessionOfItsOwn)
+{
+    check();
+    check();
+    EXPECT_EQ(sessions.cacheClears, 2);
+    EXPECT_EQ(sessions.sessionsMade, 2);
+}
+
+TEST_F(VersionCheckTest, TheSessionIsNotInvalidatedAndTheVersionIsTheOneAtTheStart)
+{
+    std::vector<bool> answers;
+    VersionCheck versionCheck({sessions, bundle, texts, pageUrl});
+    (*bundle.info)["CFBundleShortVersionString"] = "1.9.0";
+    sessions.reply(200, row + "1.10.0</td>");
+    versionCheck.checkForUpdate([&](bool isNewer) { answers.push_back(isNewer); });
+    (*bundle.info)["CFBundleShortVersionString"] = "2.0.0";
+    sessions.deliverAll();
+    EXPECT_EQ(answers, std::vector<bool>{true});
+    EXPECT_EQ(sessions.sessionsInvalidated, 0);
 }
 
 using VersionCheckDeathTest = VersionCheckTest;
