@@ -148,6 +148,11 @@ CallOutcome SecretConnection::openBus(Deadline deadline)
     GError* error = nullptr;
     m_bus.reset(g_bus_get_finish(result.get(), &error));
     const ErrorPtr owned(error);
+    // A connection that was given up once goes on answering that it was cancelled.
+    if (error
+        && (g_error_matches(error, G_IO_ERROR, G_IO_ERROR_CANCELLED)
+            || g_error_matches(error, G_IO_ERROR, G_IO_ERROR_TIMED_OUT)))
+        return CallOutcome::NotAnswering;
     if (!m_bus)
         return CallOutcome::Unreachable;
     // The library's default is to end the process when the bus goes away.
@@ -186,7 +191,11 @@ CallOutcome SecretConnection::openSession(Deadline deadline)
     GError* error = nullptr;
     m_service.reset(secret_service_open_finish(result.get(), &error));
     const ErrorPtr owned(error);
-    return error ? outcomeOf(*error) : CallOutcome::Answered;
+    if (!error)
+        return CallOutcome::Answered;
+    // The bus knew it a moment ago.
+    const auto outcome = outcomeOf(*error);
+    return outcome == CallOutcome::Absent ? CallOutcome::NotAnswering : outcome;
 }
 
 CallOutcome SecretConnection::find(Deadline deadline)

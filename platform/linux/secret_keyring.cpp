@@ -111,12 +111,23 @@ KeychainStatus SecretKeyring::unlock(const std::vector<std::string>& paths, Dead
     return waitForPrompt(prompt, deadline);
 }
 
+SecretConnection::Reply SecretKeyring::readDefaultAlias(Deadline deadline)
+{
+    SecretConnection::Reply reply;
+    reply.outcome = m_connection.open(deadline);
+    if (!reply.ok())
+        return reply;
+    return m_connection.call(servicePath, serviceInterface, "ReadAlias",
+        g_variant_new("(s)", "default"), "(o)", deadline);
+}
+
 KeychainStatus SecretKeyring::prepare(std::string& collection, Deadline deadline)
 {
-    if (const auto outcome = m_connection.open(deadline); outcome != CallOutcome::Answered)
-        return failed(outcome);
-    const auto reply = m_connection.call(servicePath, serviceInterface, "ReadAlias",
-        g_variant_new("(s)", "default"), "(o)", deadline);
+    auto reply = readDefaultAlias(deadline);
+    // With the first answer comes the news that the service has left the bus or was started anew
+    // since the last call.
+    if (reply.outcome != CallOutcome::NotAnswering && !m_connection.isOpen())
+        reply = readDefaultAlias(deadline);
     if (!reply.ok())
         return failed(reply.outcome, reply.errorName);
     const gchar* path = nullptr;

@@ -31,6 +31,7 @@ public:
     const SecretConnection& connection() const { return m_connection; }
 
 private:
+    SecretConnection::Reply readDefaultAlias(Deadline deadline);
     KeychainStatus isLocked(const std::string& collection, bool& locked, Deadline deadline);
     KeychainStatus waitForOpenPrompt(Deadline deadline);
 
