@@ -150,12 +150,15 @@ FileStamp stampOf(const std::string& path)
 
 Status makePrivateFolder(const std::string& path)
 {
-    if (path.empty() || ::mkdir(path.c_str(), 0700) == 0)
+    // The umask may take away more than it should.
+    const auto make
+        = [&] { return ::mkdir(path.c_str(), 0700) == 0 && ::chmod(path.c_str(), 0700) == 0; };
+    if (path.empty() || make())
         return Success{};
     if (errno == ENOENT) {
         if (auto above = makePrivateFolder(folderOf(path)); !above)
             return above;
-        if (::mkdir(path.c_str(), 0700) == 0)
+        if (make())
             return Success{};
     }
     struct stat status { };

@@ -89,7 +89,15 @@ private:
     bool m_failed = false;
 };
 
-bool readItems(std::string_view plain, std::vector<StoredItem>& items)
+bool isReady()
+{
+    static const bool ready = sodium_init() >= 0;
+    return ready;
+}
+
+} // namespace
+
+bool parseKeychainItems(std::string_view plain, std::vector<StoredItem>& items)
 {
     Reader reader(plain);
     const auto count = reader.integer<std::uint32_t>();
@@ -107,7 +115,7 @@ bool readItems(std::string_view plain, std::vector<StoredItem>& items)
 }
 
 /// Exactly as large as it has to be: growing would leave copies of secrets in freed memory.
-Wiped<std::string> plainText(const std::vector<StoredItem>& items)
+Wiped<std::string> plainKeychainItems(const std::vector<StoredItem>& items)
 {
     std::size_t size = 4;
     for (const auto& [item, created, modified] : items)
@@ -129,14 +137,6 @@ Wiped<std::string> plainText(const std::vector<StoredItem>& items)
     }
     return plain;
 }
-
-bool isReady()
-{
-    static const bool ready = sodium_init() >= 0;
-    return ready;
-}
-
-} // namespace
 
 KeychainContents::~KeychainContents()
 {
@@ -163,7 +163,7 @@ OpenedKeychain openKeychainFile(std::string_view bytes, std::string_view key)
             bytesOf(sealed), sealed.size(), bytesOf(header), header.size(),
             bytesOf(header.substr(nonceOffset)), bytesOf(key))
             != 0
-        || !readItems(plain.get(), opened.contents.items))
+        || !parseKeychainItems(plain.get(), opened.contents.items))
         return opened;
     opened.contents.generation = readInteger<std::uint64_t>(bytes, generationOffset);
     opened.state = KeychainFileState::Opened;
@@ -172,7 +172,7 @@ OpenedKeychain openKeychainFile(std::string_view bytes, std::string_view key)
 
 std::string sealKeychainFile(const KeychainContents& contents, std::string_view key)
 {
-    const auto plain = plainText(contents.items);
+    const auto plain = plainKeychainItems(contents.items);
     if (!isReady() || key.size() != keychainKeySize || plain.get().empty())
         return {};
     std::string file(magic);

@@ -58,6 +58,11 @@ OpenedKeychain openKeychainFile(std::string_view bytes, std::string_view key);
 /// Empty when no random numbers can be had or the contents are too large.
 std::string sealKeychainFile(const KeychainContents& contents, std::string_view key);
 
+/// The two directions of the encrypted part. Writing answers nothing for contents that are too
+/// large; reading answers false unless the bytes are exactly the items.
+Wiped<std::string> plainKeychainItems(const std::vector<StoredItem>& items);
+bool parseKeychainItems(std::string_view plain, std::vector<StoredItem>& items);
+
 /// A random key; empty when no random numbers can be had.
 std::string newKeychainKey();
 

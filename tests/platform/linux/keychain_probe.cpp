@@ -28,9 +28,9 @@ public:
     Metronome()
         : m_thread([this] {
             while (!m_stopping) {
-                const auto begin = Clock::now();
+                m_beat = Clock::now();
                 std::this_thread::sleep_for(std::chrono::milliseconds(20));
-                m_worst = std::max(m_worst.load(), millisecondsSince(begin));
+                m_worst = std::max(m_worst.load(), millisecondsSince(m_beat));
             }
         })
     {
@@ -40,11 +40,13 @@ public:
         m_stopping = true;
         m_thread.join();
     }
-    double worst() const { return m_worst; }
+    /// The beat that has not ended yet counts too.
+    double worst() const { return std::max(m_worst.load(), millisecondsSince(m_beat)); }
 
 private:
     std::atomic<bool> m_stopping{false};
     std::atomic<double> m_worst{0};
+    std::atomic<Clock::time_point> m_beat{Clock::now()};
     std::thread m_thread;
 };
 
@@ -146,8 +148,8 @@ int run(const std::vector<std::string>& arguments)
 int main(int argc, char** argv)
 {
     if (argc < 3) {
-        std::fputs("usage: keychain_probe CHOICE OPERATION,SERVICE,ACCOUNT[,SECRET]|pause ...\n",
-            stderr);
+        std::fputs(
+            "usage: keychain_probe CHOICE OPERATION,SERVICE,ACCOUNT[,SECRET]|pause ...\n", stderr);
         return 2;
     }
     return zarn::linux_backend::run({argv + 1, argv + argc});
