@@ -6,8 +6,8 @@ usage: keyring_states.py BUILD_FOLDER [-v]
 
 Each scenario runs in a desktop of its own (with_desktop), with gnome-keyring or with the hostile
 stand-in, and uses the keychain from a main thread as the window does. Checked for each call: its
-status, that the answer came within 10 s, that painting never stood still for 50 ms (longer only
-when a bare timer on the same machine was late by as much), the lines on standard error, and that
+status, that the answer came within 10 s, that painting never stood still for 50 ms (less
+what the thread stood ready while the machine ran others), the lines on standard error, and that
 the store never changed in silence. The last line is the worst of all figures.
 """
 
@@ -50,10 +50,10 @@ class Call:
     """One line of the probe."""
 
     def __init__(self, line):
-        words = line.split(" ", 5)
+        words = line.split(" ", 4)
         self.status = int(words[1])
-        self.took, self.stall, self.machine = (float(word) for word in words[2:5])
-        self.found = words[5].rstrip("\n")
+        self.took, self.stall = float(words[2]), float(words[3])
+        self.found = words[4].rstrip("\n")
 
 
 class World:
@@ -138,8 +138,7 @@ class Scenario(unittest.TestCase):
         self.assertEqual([call.status for call in calls], statuses, errors)
         for call in calls:
             self.assertLess(call.took, ANSWER_LIMIT_MS)
-            # A machine that is late itself is no fault of the keychain's.
-            self.assertLess(call.stall, STALL_LIMIT_MS + max(0, call.machine - 25))
+            self.assertLess(call.stall, STALL_LIMIT_MS)
             self.measured[0] = max(self.measured[0], call.took)
             self.measured[1] = max(self.measured[1], call.stall)
         self.assertEqual(len(errors), len(lines), errors)

@@ -56,6 +56,10 @@ public:
         return {keychain_status::success,
             KeychainItem{query.accessGroup, query.service, "admin", {'s'}}};
     }
+    KeychainStatus erase(const KeychainQuery&, Deadline) override
+    {
+        return keychain_status::itemNotFound;
+    }
     KeychainListing list(Deadline) override { return {}; }
 
 private:
