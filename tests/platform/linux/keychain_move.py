@@ -9,7 +9,7 @@ in place, and the first look-up of a start, which moves them, is killed at its f
 keyring, its second, and so on, and at each system call that changes a file. After each round every
 item can be read from the file or from the keyring with its secret, and one undisturbed start later
 every item is in the keyring, once, and the file is gone. Without ZARN_LONG the rounds
-between the first ten and the last are thinned out.
+after the first four are thinned out.
 """
 
 import os
@@ -114,7 +114,7 @@ def inside(build):
         number = 1
         while rounds.kill_at(call, number):
             killed += 1
-            number += 1 if os.environ.get("ZARN_LONG") or number < 10 else 3
+            number += 1 if os.environ.get("ZARN_LONG") or number < 4 else 5
     print(f"killed at {killed} steps of a move; every item was readable each time")
     return 0 if killed >= 20 else 1
 
