@@ -1,0 +1,321 @@
+#!/usr/bin/python3 -sE
+# SPDX-License-Identifier: MIT
+"""The program as a process: options, exit codes, streams, signals, one running copy.
+
+    with_desktop --wm openbox process_entry_test.py PROGRAM
+
+Each test has a home directory of its own.
+"""
+
+import os
+import plistlib
+import re
+import shutil
+import signal
+import subprocess
+import sys
+import tempfile
+import time
+import unittest
+
+PROGRAM = os.path.abspath(sys.argv.pop(1))
+LIMIT = 30
+
+
+class ProcessTest(unittest.TestCase):
+    def setUp(self):
+        self.home = tempfile.mkdtemp(prefix="home-")
+        self.addCleanup(shutil.rmtree, self.home)
+        self.environment = {
+            **os.environ,
+            "HOME": self.home,
+            "XDG_CONFIG_HOME": self.home + "/config",
+            "XDG_DATA_HOME": self.home + "/data",
+            "XDG_STATE_HOME": self.home + "/state",
+        }
+        self.running = []
+        self.addCleanup(self.end_all)
+
+    def end_all(self):
+        for process in self.running:
+            if process.poll() is None:
+                process.kill()
+            process.communicate()
+
+    def run_program(self, *arguments, **kwargs):
+        kwargs.setdefault("stdin", subprocess.DEVNULL)
+        kwargs.setdefault("stdout", subprocess.PIPE)
+        kwargs.setdefault("env", self.environment)
+        return subprocess.run([PROGRAM, *arguments], stderr=subprocess.PIPE, text=True,
+                              timeout=LIMIT, check=False, **kwargs)
+
+    def without(self, *names):
+        return {name: value for name, value in self.environment.items() if name not in names}
+
+    def files(self):
+        return sorted(os.path.relpath(os.path.join(folder, name), self.home)
+                      for folder, _, names in os.walk(self.home) for name in names)
+
+    def start(self, *arguments, **kwargs):
+        """The running program with its window on screen."""
+        kwargs.setdefault("env", self.environment)
+        kwargs.setdefault("stdout", subprocess.PIPE)
+        kwargs.setdefault("stderr", subprocess.PIPE)
+        process = subprocess.Popen([PROGRAM, *arguments], stdin=subprocess.DEVNULL, text=True,
+                                   **kwargs)
+        self.running.append(process)
+        self.window = self.visible_window(process)
+        return process
+
+    @staticmethod
+    def xdotool(*arguments):
+        return subprocess.run(["xdotool", *arguments], stdout=subprocess.PIPE,
+                              stderr=subprocess.DEVNULL, text=True, timeout=LIMIT,
+                              check=False).stdout.split()
+
+    def visible_window(self, process):
+        found = self.xdotool("search", "--sync", "--onlyvisible", "--all", "--pid",
+                             str(process.pid), "--name", "^Zarn Actions$")
+        self.assertEqual(len(found), 1)
+        return found[0]
+
+    def end(self, process, number=signal.SIGTERM):
+        process.send_signal(number)
+        output, errors = process.communicate(timeout=LIMIT)
+        return process.returncode, output, errors
+
+    def one_line(self, text):
+        self.assertRegex(text, r"\Azarn-actions: [^\n]+\n\Z")
+        return text
+
+
+class OptionsTest(ProcessTest):
+    def test_version_and_help_touch_neither_display_nor_lock_nor_keyring(self):
+        trace = self.home + "-trace"
+        self.addCleanup(lambda: os.path.exists(trace) and os.unlink(trace))
+        for option, pattern in (("--version", r"\AZarn Actions \d+\.\d+\S* \(\d+\)\n\Z"),
+                                ("--help", r"\AUsage: zarn-actions ")):
+            with self.subTest(option):
+                done = subprocess.run(
+                    ["strace", "-E", "ASAN_OPTIONS=detect_leaks=0", "-f", "-qq", "-e", "trace=connect,fcntl,mkdir", "-o", trace, PROGRAM,
+                     option], env=self.environment, capture_output=True, text=True, timeout=LIMIT,
+                    check=False)
+                self.assertEqual((done.returncode, done.stderr), (0, ""))
+                self.assertRegex(done.stdout, pattern)
+                with open(trace, encoding="utf-8") as file:
+                    calls = file.read()
+                self.assertIn("F_GETFD", calls)  # The trace shows what it is asked for.
+                self.assertNotIn("connect(", calls)
+                self.assertNotIn("F_SETLK", calls)
+                self.assertEqual(self.files(), [])
+
+    def test_version_and_help_need_no_display_and_no_home(self):
+        for option in ("--version", "--help"):
+            done = self.run_program(option, env={"PATH": "/nowhere"})
+            self.assertEqual((done.returncode, done.stderr), (0, ""))
+            self.assertTrue(done.stdout)
+
+    def test_a_full_standard_output_is_a_failure(self):
+        with open("/dev/full", "w", encoding="ascii") as full:
+            self.assertEqual(self.run_program("--help", stdout=full).returncode, 1)
+
+    def test_unknown_options_are_refused_with_one_line(self):
+        for arguments in (["--foo"], ["foo"], [""], ["-"], ["-key"], ["--keychain=vault"],
+                          ["--keychain"], ["--help=1"], ["--version", "-x"], ["--a\nb"]):
+            with self.subTest(arguments):
+                done = self.run_program(*arguments)
+                self.assertEqual((done.returncode, done.stdout), (2, ""))
+                self.one_line(done.stderr)
+                self.assertEqual(self.files(), [])
+
+
+class StartTest(ProcessTest):
+    def test_without_a_display_it_says_so_and_ends(self):
+        for changes, words in (({}, "neither DISPLAY nor WAYLAND_DISPLAY is set"),
+                               ({"DISPLAY": ":987"}, "DISPLAY=:987 cannot be opened"),
+                               ({"WAYLAND_DISPLAY": "wayland-987"}, "cannot be opened"),
+                               ({"QT_QPA_PLATFORM": "nonsense"}, "cannot be opened")):
+            with self.subTest(changes):
+                environment = {**self.without("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"),
+                               **changes}
+                done = self.run_program(env=environment)
+                self.assertEqual((done.returncode, done.stdout), (1, ""))
+                self.assertIn("no display", self.one_line(done.stderr))
+                self.assertIn(words, done.stderr)
+
+    def test_a_settings_folder_that_cannot_be_used_ends_it(self):
+        with open(self.home + "/config", "w", encoding="ascii"):
+            pass
+        done = self.run_program()
+        self.assertEqual((done.returncode, done.stdout), (1, ""))
+        self.assertIn("settings folder", self.one_line(done.stderr))
+
+    def test_it_is_silent_on_standard_error_and_leaves_no_stray_file(self):
+        process = self.start()
+        code, _, errors = self.end(process)
+        self.assertEqual((code, errors), (0, ""))
+        expected = re.compile(
+            r"\A(config/zarn-actions/(com\.zarn\.ZarnActions|group\.[A-Za-z0-9.]+)\.plist(\.lock)?"
+            r"|config/zarn-actions/zarn-actions\.running"
+            r"|Library/Logs/\d{8}_\d{6}_zarn-shortcuts\.log)\Z")
+        self.assertEqual([name for name in self.files() if not expected.match(name)], [])
+
+    def test_without_a_keyring_service_one_line_says_where_secrets_go(self):
+        process = self.start("--keychain=file", "-agreedToTermsOfUse", "1")
+        # The keychain is opened behind the first paint.
+        line = process.stderr.readline()
+        self.assertIn("file", self.one_line(line))
+        code, _, errors = self.end(process)
+        self.assertEqual((code, errors), (0, ""))
+
+    def test_launch_arguments_feed_the_settings_and_are_not_stored(self):
+        process = self.start("-agreedToTermsOfUse", "1")
+        windows = self.xdotool("search", "--onlyvisible", "--all", "--pid", str(process.pid),
+                               "--name", ".*")
+        self.assertEqual(windows, [self.window])
+        self.assertEqual(self.end(process)[0], 0)
+        path = self.home + "/config/zarn-actions/com.zarn.ZarnActions.plist"
+        if os.path.exists(path):
+            with open(path, "rb") as file:
+                self.assertNotIn("agreedToTermsOfUse", plistlib.load(file))
+
+    def test_the_toolkit_takes_no_option_of_ours(self):
+        process = self.start("-platform", "nonsense", "-style", "nonsense", "-geometry", "1x1")
+        self.assertEqual(self.end(process)[0::2], (0, ""))
+
+    def test_closed_standard_streams_do_no_harm(self):
+        process = self.start(stdout=None, stderr=None,
+                             preexec_fn=lambda: [os.close(number) for number in (0, 1, 2)])
+        for number in ("0", "1", "2"):
+            self.assertEqual(os.readlink(f"/proc/{process.pid}/fd/{number}"), "/dev/null")
+        process.terminate()
+        self.assertEqual(process.wait(LIMIT), 0)
+
+    def test_a_reader_that_has_gone_does_no_harm(self):
+        reader, writer = os.pipe()
+        os.close(reader)
+        process = self.start(stdout=writer)
+        os.close(writer)
+        self.assertEqual(self.end(process)[0], 0)
+
+    def test_the_process_guards_itself(self):
+        process = self.start()
+        with open(f"/proc/{process.pid}/limits", encoding="ascii") as file:
+            self.assertRegex(file.read(), r"Max core file size +0 +0 ")
+        with open(f"/proc/{process.pid}/status", encoding="ascii") as file:
+            status = dict(line.rstrip("\n").split(":\t", 1) for line in file if ":\t" in line)
+        self.assertEqual(status["Umask"], "0077")
+        self.assertTrue(int(status["SigIgn"], 16) & 1 << signal.SIGPIPE - 1)
+        self.assertEqual(self.end(process)[0], 0)
+
+
+class EndTest(ProcessTest):
+    def test_each_polite_signal_ends_it_as_quit_does(self):
+        for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
+            for arguments in ([], ["-agreedToTermsOfUse", "1"]):
+                with self.subTest(signal=number, arguments=arguments):
+                    process = self.start(*arguments)
+                    self.assertEqual(self.end(process, number)[0::2], (0, ""))
+
+    def test_a_signal_right_after_the_start_ends_it(self):
+        process = subprocess.Popen([PROGRAM], env=self.environment, stderr=subprocess.PIPE,
+                                   stdout=subprocess.DEVNULL, text=True)
+        self.running.append(process)
+        # Signals are caught from the moment on that the lock is there.
+        while not os.path.exists(self.home + "/config/zarn-actions/zarn-actions.running"):
+            self.assertIsNone(process.poll())
+        self.assertEqual(self.end(process)[0::2], (0, ""))
+
+
+class OneCopyTest(ProcessTest):
+    def wait_until_active(self, window):
+        deadline = time.monotonic() + LIMIT
+        while self.xdotool("getactivewindow") != [window]:
+            self.assertLess(time.monotonic(), deadline, "the window was not activated")
+
+    def second_start(self, environment=None):
+        done = self.run_program(env=environment or self.environment)
+        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+
+    def check_raise(self, environment):
+        process = self.start("-agreedToTermsOfUse", "1", env=environment)
+        self.xdotool("windowminimize", "--sync", self.window)
+        self.assertEqual(self.xdotool("search", "--onlyvisible", "--name", "^Zarn Actions$"), [])
+        self.second_start(environment)
+        self.assertEqual(self.visible_window(process), self.window)
+        self.wait_until_active(self.window)
+        self.assertEqual(self.end(process)[0::2], (0, ""))
+
+    def test_a_second_start_raises_the_window_of_the_first(self):
+        self.check_raise(self.environment)
+
+    def test_a_second_start_brings_a_covered_window_to_the_front(self):
+        first = self.start("-agreedToTermsOfUse", "1")
+        window = self.window
+        self.wait_until_active(window)
+        cover = self.start("-agreedToTermsOfUse", "1",
+                           env={**self.environment, "XDG_CONFIG_HOME": self.home + "/other"})
+        self.wait_until_active(self.window)
+        self.second_start()
+        self.wait_until_active(window)
+        for process in (cover, first):
+            self.assertEqual(self.end(process)[0::2], (0, ""))
+
+    def test_without_a_session_bus_it_does_too(self):
+        self.check_raise({**self.without("DBUS_SESSION_BUS_ADDRESS", "XDG_RUNTIME_DIR"),
+                          "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"})
+
+    def test_a_killed_copy_is_no_obstacle(self):
+        first = self.start()
+        first.kill()
+        first.communicate(timeout=LIMIT)
+        second = self.start()
+        self.assertEqual(self.end(second)[0::2], (0, ""))
+
+    def test_copies_of_different_users_settings_live_side_by_side(self):
+        first = self.start()
+        other = {**self.environment, "XDG_CONFIG_HOME": self.home + "/other"}
+        second = self.start(env=other)
+        self.assertEqual(self.end(second)[0], 0)
+        self.assertEqual(self.end(first)[0], 0)
+
+
+class DiagnosisTest(ProcessTest):
+    def test_all_is_well_without_a_display_and_nothing_is_left(self):
+        for arguments in (["--diagnose"], ["--diagnose", "--keychain=file"]):
+            with self.subTest(arguments):
+                done = self.run_program(*arguments, env=self.without("DISPLAY"))
+                self.assertEqual((done.returncode, done.stderr), (0, ""), done.stdout)
+                self.assertRegex(done.stdout, r"(?m)^settings probe +written, read and deleted$")
+                self.assertRegex(done.stdout, r"(?m)^keychain probe +written, read and deleted$")
+                self.assertRegex(done.stdout, r"(?m)^result +all is well$")
+                self.assertEqual([name for name in self.files() if not name.endswith(".lock")], [])
+
+    def test_a_settings_folder_that_cannot_be_used_is_a_problem(self):
+        with open(self.home + "/config", "w", encoding="ascii"):
+            pass
+        done = self.run_program("--diagnose", "--keychain=file")
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stdout, r"(?m)^settings probe +PROBLEM: .+$")
+
+    def test_a_settings_file_for_everyone_is_a_problem(self):
+        folder = self.home + "/config/zarn-actions"
+        os.makedirs(folder, mode=0o700)
+        path = folder + "/com.zarn.ZarnActions.plist"
+        with open(path, "wb") as file:
+            plistlib.dump({"password": "Sesame-7741"}, file)
+        os.chmod(path, 0o644)
+        done = self.run_program("--diagnose", "--keychain=file")
+        self.assertEqual(done.returncode, 1)
+        self.assertIn(path + " (0644) can be read by other users", done.stdout)
+        self.assertNotIn("Sesame-7741", done.stdout + done.stderr)
+
+    def test_a_keyring_that_is_forced_but_absent_is_a_problem(self):
+        environment = {**self.environment, "DBUS_SESSION_BUS_ADDRESS": "unix:path=/nowhere"}
+        done = self.run_program("--diagnose", "--keychain=secret-service", env=environment)
+        self.assertEqual(done.returncode, 1)
+        self.assertRegex(done.stdout, r"(?m)^keychain probe +PROBLEM: not written: .+$")
+
+
+if __name__ == "__main__":
+    unittest.main(argv=[sys.argv[0], *sys.argv[1:]])
