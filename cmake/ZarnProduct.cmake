@@ -13,3 +13,4 @@ set(ZARN_AGREEMENT_TITLE "Zarn Actions Software Licence Agreement" CACHE STRING
 set(ZARN_AGREEMENT_URL "https://zarn-actions.example/licence-agreement.pdf" CACHE STRING
     "Address of the licence agreement document")
 set(ZARN_PUBLISHER_NAME "Zarnie Software" CACHE STRING "Publisher's name in the ownership notice")
+set(ZARN_RELEASE_DATE "2026-11-21" CACHE STRING "Date of this version, for software catalogues")
