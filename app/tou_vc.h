@@ -11,7 +11,7 @@ class Application;
 class SettingsDomain;
 
 /// The terms-of-use gate: can be left through its two buttons only. Main thread only.
-class ToUVC final : public ViewController {
+class ToUVC : public ViewController {
 public:
     struct Deps {
         Appearance& appearance;

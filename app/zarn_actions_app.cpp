@@ -6,6 +6,7 @@
 #include "app/tou_vc.h"
 #include "platform/application.h"
 #include "platform/fatal.h"
+#include "platform/notification_center.h"
 #include "platform/serial_queue.h"
 #include "platform/settings.h"
 #include "platform/storyboard.h"
@@ -15,6 +16,30 @@
 #include <chrono>
 
 namespace zarn {
+
+namespace {
+
+constexpr std::string_view themeChanged = "AppleInterfaceThemeChangedNotification";
+
+/// The terms ask for no notification. The window around them follows the desktop, though, and their
+/// text must stay readable on it.
+class FollowingToUVC final : public ToUVC {
+public:
+    FollowingToUVC(const Deps& deps, DistributedNotificationCenter& center)
+        : ToUVC(deps)
+        , m_center(center)
+    {
+        m_center.addObserver(this, themeChanged, [this] { interfaceModeChanged(); });
+    }
+    ~FollowingToUVC() override { m_center.removeObserver(this, themeChanged); }
+    FollowingToUVC(const FollowingToUVC&) = delete;
+    FollowingToUVC& operator=(const FollowingToUVC&) = delete;
+
+private:
+    DistributedNotificationCenter& m_center;
+};
+
+} // namespace
 
 ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& texts)
     : m_services(services)
@@ -60,8 +85,9 @@ std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_v
         return std::make_unique<AboutVC>(
             AboutVC::Deps{m_appearance, m_bundleTexts, m_services.notificationCenter});
     if (customClass == "ToUVC")
-        return std::make_unique<ToUVC>(
-            ToUVC::Deps{m_appearance, m_domains.standardDefaults(), m_services.application});
+        return std::make_unique<FollowingToUVC>(
+            ToUVC::Deps{m_appearance, m_domains.standardDefaults(), m_services.application},
+            m_services.notificationCenter);
     return nullptr;
 }
 

@@ -47,16 +47,10 @@ SettingsPortal::SettingsPortal()
     auto bus = QDBusConnection::sessionBus();
     if (!bus.isConnected())
         return;
-<<<<<<< HEAD
     // The signal's slot is found by the names of its types, which have to be known by then.
     qRegisterMetaType<QDBusVariant>();
-=======
-    // The bus knows the slot by its signature without blanks, which the formatter would put in.
-    const auto slot
-        = QMetaObject::normalizedSignature(SLOT(settingChanged(QString, QString, QDBusVariant)));
->>>>>>> 0d00761 (Follow the desktop's colour preference while running, and test it)
     bus.connect(portalService, portalPath, portalInterface, "SettingChanged", m_signal.get(),
-        slot.constData());
+        SLOT(settingChanged(QString, QString, QDBusVariant)));
     auto read = QDBusMessage::createMethodCall(portalService, portalPath, portalInterface, "Read");
     read << QString(appearance) << QString(colorSchemeKey);
     constexpr int limit = 5000;
