@@ -82,6 +82,7 @@ class Appearance(WorldTest):
     def test_the_light_program_is_readable(self):
         self.accept_terms()
         screen = self.start()
+        wait_for(lambda: min(background(colors_of(self.window_area("Zarn Actions")))) > 160, "a painted window")
         for role, name in (("label", "Display Name:"), ("label", "Server URL:"), ("push button", "Add"),
                            ("check box", "Use username and password"), ("menu item", "Zarn Actions")):
             counts = colors_of(self.area(screen.control(role, name)))
