@@ -207,6 +207,16 @@ std::optional<Value> valueOf(plist_t node)
     }
 }
 
+std::string xmlOf(plist_t node)
+{
+    char* text = nullptr;
+    std::uint32_t length = 0;
+    plist_to_xml(node, &text, &length);
+    std::string result(text ? text : "", length);
+    plist_to_xml_free(text);
+    return result;
+}
+
 } // namespace
 
 struct PlistDocument::Node {
@@ -253,12 +263,7 @@ Result<PlistDocument> PlistDocument::parse(const std::string& xml)
 
 std::string PlistDocument::xml() const
 {
-    char* text = nullptr;
-    std::uint32_t length = 0;
-    plist_to_xml(m_node->root, &text, &length);
-    std::string result(text ? text : "", length);
-    plist_to_xml_free(text);
-    return result;
+    return xmlOf(m_node->root);
 }
 
 std::optional<Value> PlistDocument::object(std::string_view key) const
@@ -287,6 +292,14 @@ void PlistDocument::remove(std::string_view key)
 Value::Dictionary PlistDocument::dictionary() const
 {
     return dictionaryOf(m_node->root);
+}
+
+std::string plistXmlOf(const Value& value)
+{
+    plist_t node = nodeOf(value);
+    const auto xml = node ? xmlOf(node) : "";
+    plist_free(node);
+    return xml;
 }
 
 } // namespace zarn::linux_backend

@@ -41,4 +41,7 @@ private:
     std::unique_ptr<Node> m_node;
 };
 
+/// Any value as an XML property list of its own.
+std::string plistXmlOf(const Value& value);
+
 } // namespace zarn::linux_backend

@@ -2,10 +2,13 @@
 """Registering servers in the real window, against a real TLS server."""
 
 import datetime
+import os
+import re
+import subprocess
 import unittest
 
 from screen import NotFound, wait_for
-from world import (ACTIONS_SUITE, SHARED_SUITE, STANDARD, DemoServer, WorldTest, current_profile,
+from world import (ACTIONS_SUITE, BUILD, SHARED_SUITE, STANDARD, DemoServer, WorldTest, built, current_profile,
                    keychain_items, log_messages, settings, write_settings)
 
 
@@ -104,6 +107,28 @@ class AddWithUsername(RegistrationTest):
         self.assertTrue(self.screen.is_button_enabled("Quit"))
         self.assertTrue(self.screen.is_button_enabled("Set"))
         self.assertFalse(self.screen.is_editable("Server URL:"))
+
+
+    def test_other_programs_read_what_the_window_just_wrote(self):
+        self.start()
+        self.add("Demo", self.server.url + "/", DemoServer.USER, DemoServer.PASSWORD).press("OK")
+        self.wait_for_items(2)
+        environment = {**os.environ, "PATH": BUILD + ":" + os.environ["PATH"]}
+        document = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../docs/for-actions.md")
+        with open(document, encoding="utf-8") as file:
+            reader = re.search(r"```python\n(.*?)```", file.read(), re.DOTALL).group(1)
+        read = subprocess.run(["/usr/bin/python3", "-c", reader], capture_output=True, text=True,
+                              env=environment, check=True)
+        added = settings(SHARED_SUITE)["serversDict"]["Demo"]["date"]
+        self.assertEqual(read.stdout, f"Demo: {self.server.url}/, added {added} UTC\n"
+                                      f"current: {self.server.url} demo ******** username\n")
+        for key, value in (("currentServer", "Demo"), ("username", "demo"), ("useUsername", "1")):
+            shown = subprocess.run([built("zarn-defaults"), "read", ACTIONS_SUITE, key], capture_output=True,
+                                   text=True, check=True)
+            self.assertEqual(shown.stdout, value + "\n")
+        shown = subprocess.run([built("zarn-keychain"), "show", "ZPMA-127.0.0.1", "demo"], capture_output=True,
+                               text=True, check=True)
+        self.assertEqual(shown.stdout, DemoServer.PASSWORD)
 
 
 class AddWithApiClient(RegistrationTest):
