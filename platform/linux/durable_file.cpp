@@ -5,6 +5,8 @@
 #include <cstdio>
 #include <cstring>
 #include <ctime>
+#include <filesystem>
+#include <optional>
 #include <thread>
 
 #include <fcntl.h>
@@ -19,7 +21,9 @@ namespace {
 Error failure(const std::string& what, const std::string& path, int number = errno)
 {
     const auto code = number == ENOENT ? ErrorCode::NotFound : ErrorCode::Io;
-    return {code, what + " " + path + ": " + std::strerror(number)};
+    // Only opening without following links ends so, and the system's own words mislead.
+    const auto reason = number == ELOOP ? "it is a symbolic link" : std::strerror(number);
+    return {code, what + " " + path + ": " + reason};
 }
 
 template <typename Call> auto retrying(Call call)
@@ -59,7 +63,8 @@ private:
 
 std::string folderOf(const std::string& path)
 {
-    return path.substr(0, path.rfind('/'));
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
 bool writeAll(int descriptor, std::string_view bytes)
@@ -74,9 +79,38 @@ bool writeAll(int descriptor, std::string_view bytes)
     return true;
 }
 
+// How many bytes of the file there were; nothing on failure.
+std::optional<std::size_t> readAll(int descriptor, std::string& buffer)
+{
+    std::size_t filled = 0;
+    while (filled < buffer.size()) {
+        const auto count = retrying(
+            [&] { return ::read(descriptor, buffer.data() + filled, buffer.size() - filled); });
+        if (count < 0)
+            return std::nullopt;
+        if (count == 0)
+            break;
+        filled += static_cast<std::size_t>(count);
+    }
+    return filled;
+}
+
+FileStamp stampFrom(const struct stat& status)
+{
+    return {status.st_dev, status.st_ino,
+        status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec, status.st_size};
+}
+
+// The mode is set apart, whatever the umask takes away.
+bool makeFolder(const std::string& path)
+{
+    return retrying([&] { return ::mkdir(path.c_str(), 0700); }) == 0
+        && ::chmod(path.c_str(), 0700) == 0;
+}
+
 Status writeTemporary(const std::string& temporary, std::string_view contents)
 {
-    if (::unlink(temporary.c_str()) != 0 && errno != ENOENT)
+    if (retrying([&] { return ::unlink(temporary.c_str()); }) != 0 && errno != ENOENT)
         return failure("cannot remove", temporary);
     Descriptor file(retrying([&] {
         return ::open(
@@ -84,13 +118,36 @@ Status writeTemporary(const std::string& temporary, std::string_view contents)
     }));
     if (!file.ok())
         return failure("cannot create", temporary);
-    if (::fchmod(file.get(), 0600) != 0 || !writeAll(file.get(), contents)
+    if (retrying([&] { return ::fchmod(file.get(), 0600); }) != 0 || !writeAll(file.get(), contents)
         || retrying([&] { return ::fsync(file.get()); }) != 0 || !file.close()) {
         const int number = errno;
         ::unlink(temporary.c_str());
         return failure("cannot write", temporary, number);
     }
     return Success{};
+}
+
+std::string utcNow()
+{
+    const std::time_t now = std::time(nullptr);
+    std::tm parts{};
+    ::gmtime_r(&now, &parts);
+    char text[32];
+    std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &parts);
+    return text;
+}
+
+// A name beginning with `prefix` under which that very file is kept already.
+std::optional<std::string> linkTo(const FileStamp& stamp, const std::string& prefix)
+{
+    std::error_code error;
+    std::filesystem::directory_iterator it(folderOf(prefix), error);
+    for (; !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
+        const auto name = it->path().string();
+        if (name.starts_with(prefix) && stampOf(name) == stamp)
+            return name;
+    }
+    return std::nullopt;
 }
 
 Status syncFolder(const std::string& folder)
@@ -112,7 +169,7 @@ void warn(const std::string& line)
 
 Result<FileLock> FileLock::acquire(const std::string& path, std::chrono::milliseconds limit)
 {
-    if (auto made = makePrivateFolder(folderOf(path)); !made)
+    if (auto made = makeOwnFolder(folderOf(path)); !made)
         return made.error();
     const auto lockPath = path + ".lock";
     const int descriptor = retrying(
@@ -120,6 +177,10 @@ Result<FileLock> FileLock::acquire(const std::string& path, std::chrono::millise
     if (descriptor < 0)
         return failure("cannot open", lockPath);
     FileLock lock(descriptor);
+    struct stat status { };
+    if (::fstat(descriptor, &status) != 0
+        || ((status.st_mode & 0777U) != 0600U && ::fchmod(descriptor, 0600) != 0))
+        return failure("cannot make private", lockPath);
     const auto deadline = std::chrono::steady_clock::now() + limit;
     auto pause = std::chrono::microseconds(200);
     while (::flock(descriptor, LOCK_EX | LOCK_NB) != 0) {
@@ -139,60 +200,88 @@ FileLock::~FileLock()
         ::close(m_descriptor);
 }
 
+HeldFile::~HeldFile()
+{
+    if (m_descriptor >= 0)
+        ::close(m_descriptor);
+}
+
 FileStamp stampOf(const std::string& path)
 {
     struct stat status { };
-    if (::lstat(path.c_str(), &status) != 0)
-        return {};
-    return {status.st_ino, status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec,
-        status.st_size};
+    return ::lstat(path.c_str(), &status) == 0 ? stampFrom(status) : FileStamp{};
 }
 
 Status makePrivateFolder(const std::string& path)
 {
-    // The umask may take away more than it should.
-    const auto make
-        = [&] { return ::mkdir(path.c_str(), 0700) == 0 && ::chmod(path.c_str(), 0700) == 0; };
-    if (path.empty() || make())
+    if (path.empty() || makeFolder(path))
         return Success{};
-    if (errno == ENOENT) {
+    if (errno == ENOENT && path != ".") {
         if (auto above = makePrivateFolder(folderOf(path)); !above)
             return above;
-        if (make())
+        if (makeFolder(path))
             return Success{};
     }
+    const int number = errno;
     struct stat status { };
-    if (errno == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
+    if (number == EEXIST && ::stat(path.c_str(), &status) == 0 && S_ISDIR(status.st_mode))
         return Success{};
-    return failure("cannot make the folder", path, errno == EEXIST ? ENOTDIR : errno);
+    return failure("cannot make the folder", path, number == EEXIST ? ENOTDIR : number);
+}
+
+Status makeOwnFolder(const std::string& path)
+{
+    if (auto made = makePrivateFolder(path); !made)
+        return made;
+    struct stat status { };
+    if (::stat(path.c_str(), &status) != 0)
+        return failure("cannot look at the folder", path);
+    if ((status.st_mode & 0077U) != 0 && status.st_uid == ::geteuid()
+        && ::chmod(path.c_str(), 0700) == 0)
+        warn("others could look into " + path + "; made it private");
+    return Success{};
+}
+
+Result<PrivateFile> openPrivateFile(const std::string& path, std::size_t limit)
+{
+    PrivateFile file;
+    file.held = HeldFile(retrying(
+        [&] { return ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); }));
+    const int descriptor = file.held.descriptor();
+    struct stat status { };
+    if (descriptor < 0 || ::fstat(descriptor, &status) != 0)
+        return failure("cannot read", path);
+    if (!S_ISREG(status.st_mode))
+        return Error{ErrorCode::Io, "cannot read " + path + ": it is not a regular file"};
+    if (status.st_size > static_cast<off_t>(limit))
+        return Error{ErrorCode::TooLarge, "cannot read " + path + ": it is too large"};
+    if ((status.st_mode & 0077U) != 0 && ::fchmod(descriptor, 0600) == 0)
+        warn("others could read " + path + "; made it private");
+    file.stamp = stampFrom(status);
+    file.contents.resize(static_cast<std::size_t>(status.st_size));
+    const auto filled = readAll(descriptor, file.contents);
+    if (!filled)
+        return failure("cannot read", path);
+    file.contents.resize(*filled);
+    return file;
+}
+
+std::pair<HeldFile, FileStamp> holdFile(const std::string& path)
+{
+    HeldFile held(
+        retrying([&] { return ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); }));
+    struct stat status { };
+    if (held.descriptor() < 0 || ::fstat(held.descriptor(), &status) != 0)
+        return {};
+    return {std::move(held), stampFrom(status)};
 }
 
 Result<std::string> readPrivateFile(const std::string& path, std::size_t limit)
 {
-    const Descriptor file(retrying(
-        [&] { return ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); }));
-    struct stat status { };
-    if (!file.ok() || ::fstat(file.get(), &status) != 0)
-        return failure("cannot read", path);
-    if (!S_ISREG(status.st_mode))
-        return Error{ErrorCode::Io, path + " is not a regular file"};
-    if (status.st_size > static_cast<off_t>(limit))
-        return Error{ErrorCode::TooLarge, path + " is too large"};
-    if ((status.st_mode & 0077U) != 0 && ::fchmod(file.get(), 0600) == 0)
-        warn("others could read " + path + "; made it private");
-    std::string contents(static_cast<std::size_t>(status.st_size), '\0');
-    std::size_t filled = 0;
-    while (filled < contents.size()) {
-        const auto count = retrying(
-            [&] { return ::read(file.get(), contents.data() + filled, contents.size() - filled); });
-        if (count < 0)
-            return failure("cannot read", path);
-        if (count == 0)
-            break;
-        filled += static_cast<std::size_t>(count);
-    }
-    contents.resize(filled);
-    return contents;
+    auto file = openPrivateFile(path, limit);
+    if (!file)
+        return file.error();
+    return std::move(file.value().contents);
 }
 
 Status replacePrivateFile(const std::string& path, std::string_view contents)
@@ -200,7 +289,7 @@ Status replacePrivateFile(const std::string& path, std::string_view contents)
     const auto temporary = path + ".tmp";
     if (auto written = writeTemporary(temporary, contents); !written)
         return written;
-    if (::rename(temporary.c_str(), path.c_str()) != 0) {
+    if (retrying([&] { return ::rename(temporary.c_str(), path.c_str()); }) != 0) {
         const int number = errno;
         ::unlink(temporary.c_str());
         return failure("cannot replace", path, number);
@@ -210,26 +299,42 @@ Status replacePrivateFile(const std::string& path, std::string_view contents)
 
 Status removePrivateFile(const std::string& path)
 {
-    if (::unlink(path.c_str()) == 0)
+    if (retrying([&] { return ::unlink(path.c_str()); }) == 0)
         return syncFolder(folderOf(path));
     if (errno == ENOENT)
         return Success{};
     return failure("cannot remove", path);
 }
 
+namespace {
+
+Result<std::string> copyTo(const std::string& name, const std::string& path)
+{
+    const auto contents = readPrivateFile(path, std::size_t{1} << 30);
+    if (!contents)
+        return contents.error();
+    if (const auto written = writeTemporary(name, contents.value()); !written)
+        return written.error();
+    return name;
+}
+
+} // namespace
+
 Result<std::string> keepDamagedCopy(const std::string& path)
 {
-    const std::time_t now = std::time(nullptr);
-    std::tm parts{};
-    ::gmtime_r(&now, &parts);
-    char stamp[32];
-    std::strftime(stamp, sizeof stamp, "%Y%m%dT%H%M%SZ", &parts);
-    const auto base = path + ".damaged-" + stamp;
+    const auto stamp = stampOf(path);
+    const auto prefix = path + ".damaged-";
+    if (auto earlier = linkTo(stamp, prefix))
+        return *earlier;
+    const auto base = prefix + utcNow();
     // Two damaged files within a second get a number each.
     for (int i = 0; i < 100; ++i) {
         const auto name = i == 0 ? base : base + "-" + std::to_string(i);
         if (::link(path.c_str(), name.c_str()) == 0)
             return name;
+        // Some file systems have no links.
+        if (errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS)
+            return copyTo(name, path);
         if (errno != EEXIST)
             return failure("cannot keep a copy of", path);
     }

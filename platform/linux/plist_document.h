@@ -11,8 +11,8 @@
 
 namespace zarn::linux_backend {
 
-/// An XML property list whose top is a dictionary. Keeps what `Value` cannot hold. One thread at a
-/// time.
+/// An XML property list whose top is a dictionary. Keeps what `Value` cannot hold. Its dates are
+/// whole seconds of the years 1000 to 9999. One thread at a time.
 class PlistDocument {
 public:
     /// Empty.
@@ -29,8 +29,9 @@ public:
     std::string xml() const;
 
     std::optional<Value> object(std::string_view key) const;
-    /// Characters that XML cannot hold (control characters but tab and line breaks) become U+FFFD.
-    void set(std::string_view key, const Value& value);
+    /// False when the value could not be stored as it is: characters that XML cannot hold (control
+    /// characters but tab and line breaks, U+FFFE, U+FFFF, what is not UTF-8) became U+FFFD.
+    bool set(std::string_view key, const Value& value);
     void remove(std::string_view key);
     bool contains(std::string_view key) const;
     /// The whole document; what `Value` cannot hold is left out.

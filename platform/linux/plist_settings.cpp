@@ -8,7 +8,9 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr std::size_t largestFile = std::size_t{256} << 20;
-constexpr std::chrono::seconds longestLock{5};
+// A lock that is not given back in time is held by something broken: later writes wait less for it.
+constexpr std::chrono::milliseconds longestLock{5000};
+constexpr std::chrono::milliseconds lockHeldForever{100};
 
 bool isPlainName(std::string_view name)
 {
@@ -21,27 +23,51 @@ bool isPlainName(std::string_view name)
 } // namespace
 
 struct PlistDomain::Seen {
+    HeldFile held;
     FileStamp stamp;
     PlistDocument document;
+    // A damaged file of which no copy could be kept must not be replaced.
+    std::optional<Error> notKept;
 };
+
+Result<std::shared_ptr<PlistDomain::Seen>> PlistDomain::look() const
+{
+    auto seen = std::make_shared<Seen>();
+    auto file = openPrivateFile(m_path, largestFile);
+    if (!file) {
+        if (file.error().code != ErrorCode::NotFound)
+            return file.error();
+        return seen;
+    }
+    seen->held = std::move(file.value().held);
+    seen->stamp = file.value().stamp;
+    auto parsed = PlistDocument::parse(file.value().contents);
+    if (parsed) {
+        seen->document = std::move(parsed.value());
+        return seen;
+    }
+    const auto kept = keepDamagedCopy(m_path);
+    if (!kept)
+        seen->notKept = kept.error();
+    warn("damaged settings (" + parsed.error().message + ") read as empty: "
+        + (kept ? m_path + " is kept as " + kept.value() : kept.error().message));
+    return seen;
+}
 
 const PlistDocument& PlistDomain::current() const
 {
-    const auto stamp = stampOf(m_path);
-    if (m_seen && m_seen->stamp == stamp)
+    if (m_seen && m_readFailure.empty() && m_seen->stamp == stampOf(m_path))
         return m_seen->document;
-    auto seen = std::make_shared<Seen>();
-    seen->stamp = stamp;
-    if (stamp != FileStamp{}) {
-        const auto contents = readPrivateFile(m_path, largestFile);
-        // Making it private changed nothing that the stamp tells.
-        auto parsed = contents ? PlistDocument::parse(contents.value()) : contents.error();
-        if (parsed)
-            seen->document = std::move(parsed.value());
-        else
-            warn("settings in " + m_path + " cannot be used: " + parsed.error().message);
+    auto looked = look();
+    if (looked) {
+        m_seen = std::move(looked.value());
+        m_readFailure.clear();
+        return m_seen->document;
     }
-    m_seen = std::move(seen);
+    m_seen = std::make_shared<Seen>();
+    if (m_readFailure != looked.error().message)
+        warn("settings read as empty: " + looked.error().message);
+    m_readFailure = looked.error().message;
     return m_seen->document;
 }
 
@@ -57,44 +83,56 @@ Value::Dictionary PlistDomain::dictionary() const
 
 Status PlistDomain::change(const std::function<bool(PlistDocument&)>& apply)
 {
-    const auto lock = FileLock::acquire(m_path, longestLock);
+    if (!m_readFailure.empty())
+        return Error{ErrorCode::Io, m_readFailure};
+    const auto lock = FileLock::acquire(m_path, m_lockTimedOut ? lockHeldForever : longestLock);
+    m_lockTimedOut = !lock && lock.error().code == ErrorCode::Unavailable;
     if (!lock)
         return lock.error();
-    PlistDocument document;
-    const auto contents = readPrivateFile(m_path, largestFile);
-    if (contents) {
-        auto parsed = PlistDocument::parse(contents.value());
-        if (parsed) {
-            document = std::move(parsed.value());
-        } else {
-            const auto kept = keepDamagedCopy(m_path);
-            if (!kept)
-                return kept.error();
-            warn("damaged settings kept as " + kept.value());
-        }
-    } else if (contents.error().code != ErrorCode::NotFound) {
-        return contents.error();
+    if (!m_seen || m_seen->stamp != stampOf(m_path)) {
+        auto looked = look();
+        if (!looked)
+            return looked.error();
+        m_seen = std::move(looked.value());
     }
-    if (!apply(document))
+    if (m_seen->notKept)
+        return *m_seen->notKept;
+    if (!apply(m_seen->document))
         return Success{};
-    if (auto written = replacePrivateFile(m_path, document.xml()); !written)
-        return written;
-    // Read at once, before another writer can come: the next look needs no parsing.
-    m_seen = std::make_shared<Seen>(Seen{stampOf(m_path), std::move(document)});
+    auto written = write();
+    // The document holds what the file does not.
+    if (!written)
+        m_seen.reset();
+    return written;
+}
+
+Status PlistDomain::write()
+{
+    if (auto replaced = replacePrivateFile(m_path, m_seen->document.xml()); !replaced)
+        return replaced;
+    // The lock is still held: this is what was just written.
+    auto [held, stamp] = holdFile(m_path);
+    m_seen->held = std::move(held);
+    m_seen->stamp = stamp;
     return Success{};
 }
 
 Status PlistDomain::trySet(std::string_view key, const Value& value)
 {
-    return change([&](PlistDocument& document) {
-        document.set(key, value);
+    bool exact = true;
+    auto status = change([&](PlistDocument& document) {
+        exact = document.set(key, value);
         return true;
     });
+    if (status && !exact)
+        warn("setting " + std::string(key)
+            + " holds characters that no settings file can; each is stored as U+FFFD");
+    return status;
 }
 
 Status PlistDomain::tryRemove(std::string_view key)
 {
-    if (!current().contains(key))
+    if (!current().contains(key) && m_readFailure.empty())
         return Success{};
     return change([&](PlistDocument& document) {
         if (!document.contains(key))
@@ -176,7 +214,7 @@ SettingsDomain* PlistSettings::suite(std::string_view name)
     auto* found = domain(name);
     if (!found)
         return nullptr;
-    if (const auto made = makePrivateFolder(m_folder); !made) {
+    if (const auto made = makeOwnFolder(m_folder); !made) {
         warn(made.error().message);
         return nullptr;
     }

@@ -14,7 +14,9 @@
 
 namespace zarn::linux_backend {
 
-/// One domain: a property-list file, replaced as a whole under a lock. Main thread only.
+/// One domain: a property-list file, replaced as a whole under a lock. A file that does not parse
+/// reads as empty and a copy of it is kept. After a read that failed nothing is written until one
+/// succeeds: what would be written may stem from the failure. Main thread only.
 class PlistDomain final : public SettingsDomain {
 public:
     explicit PlistDomain(std::string path)
@@ -34,13 +36,18 @@ public:
     const std::string& path() const { return m_path; }
 
 private:
-    const PlistDocument& current() const;
-    Status change(const std::function<bool(PlistDocument&)>& apply);
-
-    std::string m_path;
     // The file as it was last seen; parsed again only when it changed.
     struct Seen;
+    const PlistDocument& current() const;
+    Result<std::shared_ptr<Seen>> look() const;
+    Status change(const std::function<bool(PlistDocument&)>& apply);
+    Status write();
+
+    std::string m_path;
     mutable std::shared_ptr<Seen> m_seen;
+    // What the last read failed with; "" after one that succeeded.
+    mutable std::string m_readFailure;
+    bool m_lockTimedOut = false;
 };
 
 /// The domains in a folder, one file each, and the layers of the standard one. Main thread only.

@@ -8,6 +8,7 @@
 #include <QJsonObject>
 #include <QJsonValue>
 
+#include <charconv>
 #include <cmath>
 
 namespace zarn::linux_backend {
@@ -21,29 +22,120 @@ std::string utf8Of(const QString& text)
     return text.toStdString();
 }
 
-/// Nesting outside of strings, before the parser recurses.
-bool isTooDeep(std::string_view text)
+bool isDigit(char c)
 {
-    int depth = 0;
-    bool inString = false;
-    for (std::size_t i = 0; i < text.size(); ++i) {
-        const char c = text[i];
-        if (inString) {
-            if (c == '\\')
-                ++i;
-            else if (c == '"')
-                inString = false;
-        } else if (c == '"') {
-            inString = true;
-        } else if (c == '{' || c == '[') {
-            if (++depth > deepest)
-                return true;
-        } else if (c == '}' || c == ']') {
-            --depth;
-        }
-    }
-    return false;
+    return c >= '0' && c <= '9';
 }
+
+/// Finds what the toolkit's parser lets pass: raw control characters and unknown or half escapes in
+/// texts, loosely written numbers; and a nesting that it would recurse into.
+class Scan {
+public:
+    explicit Scan(std::string_view text)
+        : m_rest(text)
+    {
+    }
+
+    bool isStrict()
+    {
+        int depth = 0;
+        while (!m_rest.empty()) {
+            const char c = m_rest.front();
+            if (c == '"' ? !text() : (c == '-' || isDigit(c)) && !number())
+                return false;
+            if (c == '"' || c == '-' || isDigit(c))
+                continue;
+            if (c == '.')
+                return false;
+            if ((c == '{' || c == '[') && ++depth > deepest)
+                return false;
+            if (c == '}' || c == ']')
+                --depth;
+            m_rest.remove_prefix(1);
+        }
+        return true;
+    }
+
+private:
+    bool take(char c)
+    {
+        if (!m_rest.starts_with(c))
+            return false;
+        m_rest.remove_prefix(1);
+        return true;
+    }
+
+    bool digits()
+    {
+        const auto count = std::min(m_rest.find_first_not_of("0123456789"), m_rest.size());
+        m_rest.remove_prefix(count);
+        return count > 0;
+    }
+
+    bool number()
+    {
+        take('-');
+        if (!take('0') && !digits())
+            return false;
+        if (take('.') && !digits())
+            return false;
+        if (take('e') || take('E')) {
+            if (!take('+'))
+                take('-');
+            if (!digits())
+                return false;
+        }
+        return m_rest.empty() || !isDigit(m_rest.front());
+    }
+
+    bool text()
+    {
+        take('"');
+        while (!m_rest.empty() && static_cast<unsigned char>(m_rest.front()) >= 0x20) {
+            if (take('"'))
+                return true;
+            if (m_rest.front() != '\\') {
+                m_rest.remove_prefix(1);
+            } else {
+                m_rest.remove_prefix(1);
+                if (!escape())
+                    return false;
+            }
+        }
+        return false;
+    }
+
+    bool escape()
+    {
+        if (take('u')) {
+            const auto unit = hexadecimal();
+            if (!unit || (*unit >= 0xDC00 && *unit <= 0xDFFF))
+                return false;
+            if (*unit < 0xD800 || *unit > 0xDFFF)
+                return true;
+            const auto low = take('\\') && take('u') ? hexadecimal() : std::nullopt;
+            return low && *low >= 0xDC00 && *low <= 0xDFFF;
+        }
+        const bool known = !m_rest.empty()
+            && std::string_view("\"\\/bfnrt").find(m_rest.front()) != std::string_view::npos;
+        if (known)
+            m_rest.remove_prefix(1);
+        return known;
+    }
+
+    std::optional<unsigned> hexadecimal()
+    {
+        unsigned unit = 0;
+        const auto piece = m_rest.substr(0, 4);
+        const auto* end = piece.data() + piece.size();
+        if (piece.size() < 4 || std::from_chars(piece.data(), end, unit, 16).ptr != end)
+            return std::nullopt;
+        m_rest.remove_prefix(4);
+        return unit;
+    }
+
+    std::string_view m_rest;
+};
 
 Value valueOf(const QJsonValue& json)
 {
@@ -116,8 +208,8 @@ Result<Value> QtJson::parse(std::string_view utf8) const
 {
     if (!isUtf8(utf8))
         return Error{ErrorCode::Malformed, "The text is not UTF-8."};
-    if (isTooDeep(utf8))
-        return Error{ErrorCode::TooLarge, "The text is nested too deeply."};
+    if (!Scan(utf8).isStrict())
+        return Error{ErrorCode::Malformed, "The text is not JSON, or nested too deeply."};
     // The parser wants an array or object on top: in an array of one, any fragment is allowed.
     QByteArray wrapped;
     wrapped.reserve(static_cast<qsizetype>(utf8.size()) + 2);
@@ -137,10 +229,10 @@ Result<std::string> QtJson::prettyPrinted(const Value& value) const
         return Error{ErrorCode::InvalidArgument, "The value holds what JSON cannot."};
     if (json->isObject())
         return QJsonDocument(json->toObject()).toJson(QJsonDocument::Indented).toStdString();
-    QJsonArray wrapped{*json};
-    auto text = QJsonDocument(wrapped).toJson(QJsonDocument::Indented).toStdString();
-    const auto start = text.find_first_not_of("[\n ");
-    return text.substr(start, text.rfind(']') - start);
+    if (json->isArray())
+        return QJsonDocument(json->toArray()).toJson(QJsonDocument::Indented).toStdString();
+    const auto wrapped = QJsonDocument(QJsonArray{*json}).toJson(QJsonDocument::Compact);
+    return wrapped.mid(1, wrapped.size() - 2).toStdString();
 }
 
 } // namespace zarn::linux_backend

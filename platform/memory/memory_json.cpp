@@ -112,6 +112,10 @@ private:
         double real = 0;
         if (std::from_chars(text.data(), end, real).ec != std::errc() || !std::isfinite(real))
             return std::nullopt;
+        // 2^63: every whole double below it fits.
+        constexpr double limit = 9223372036854775808.0;
+        if (!isWhole && real == std::floor(real) && std::abs(real) < limit)
+            return Value(static_cast<std::int64_t>(real));
         return Value(real);
     }
 
