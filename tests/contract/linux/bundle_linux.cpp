@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/compiled_bundle.h"
+#include "tests/contract/bundle_contract.h"
+
+#include "zarn/product_constants.h"
+
+namespace zarn {
+namespace {
+
+using linux_backend::CompiledBundle;
+
+INSTANTIATE_TEST_SUITE_P(Linux, BundleContract,
+    testing::Values(BundleBackend{"linux", [] { return std::make_unique<CompiledBundle>(); }}));
+
+TEST(CompiledBundle, IsTheProgramOfThisBuild)
+{
+    const CompiledBundle bundle;
+    ASSERT_NE(bundle.infoDictionary(), nullptr);
+    EXPECT_EQ(*bundle.infoDictionary(),
+        (Value::Dictionary{{"CFBundleExecutable", "zarn-actions"},
+            {"CFBundleIdentifier", "com.zarn.ZarnActions"}, {"CFBundleName", "Zarn Actions"},
+            {"CFBundleShortVersionString", product::shortVersion},
+            {"CFBundleVersion", product::buildNumber}}));
+}
+
+TEST(CompiledBundle, HasEveryTextOfTheProduct)
+{
+    const auto texts = linux_backend::compiledProductTexts();
+    EXPECT_EQ(texts.updateCheckPageUrl, product::updateCheckPageUrl);
+    EXPECT_TRUE(texts.updateCheckPageUrl.starts_with("https://")) << texts.updateCheckPageUrl;
+    EXPECT_EQ(texts.feedbackAddress, product::feedbackAddress);
+    EXPECT_EQ(texts.agreementTitle, product::agreementTitle);
+    EXPECT_EQ(texts.agreementUrl, product::agreementUrl);
+    EXPECT_EQ(texts.publisherName, product::publisherName);
+    for (const auto& text :
+        {texts.feedbackAddress, texts.agreementTitle, texts.agreementUrl, texts.publisherName})
+        EXPECT_NE(text, "");
+}
+
+} // namespace
+} // namespace zarn

@@ -1,0 +1,94 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/posix_services.h"
+#include "tests/contract/file_manager_contract.h"
+#include "tests/support/scratch_folder.h"
+
+#include <fstream>
+#include <sstream>
+
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace zarn {
+namespace {
+
+using linux_backend::PosixFileManager;
+
+class LinuxFixture final : public FileManagerFixture {
+public:
+    FileManager& fileManager() override { return m_files; }
+    std::string contentsOf(const std::string& path) override
+    {
+        std::stringstream text;
+        text << std::ifstream(path).rdbuf();
+        return text.str();
+    }
+
+private:
+    const ScratchFolder m_scratch;
+    PosixFileManager m_files{m_scratch.path()};
+};
+
+INSTANTIATE_TEST_SUITE_P(Linux, FileManagerContract,
+    testing::Values(FileManagerBackend{"linux", [] { return std::make_unique<LinuxFixture>(); }}));
+
+class PosixFiles : public testing::Test {
+protected:
+    unsigned modeOf(const std::string& name) const
+    {
+        struct stat status { };
+        EXPECT_EQ(::lstat((home + name).c_str(), &status), 0) << name;
+        return status.st_mode & 0777U;
+    }
+    const ScratchFolder scratch;
+    const std::string home = scratch.path();
+    PosixFileManager files{home};
+};
+
+TEST_F(PosixFiles, NewFilesAndFoldersAreTheUsersAloneWhateverTheUmask)
+{
+    for (const mode_t mask : {0U, 0022U, 0077U, 0777U}) {
+        const auto folder = "/" + std::to_string(mask);
+        const auto before = ::umask(mask);
+        EXPECT_TRUE(files.createFile(home + folder + "/sub/file"));
+        ::umask(before);
+        EXPECT_EQ(modeOf(folder), 0700U);
+        EXPECT_EQ(modeOf(folder + "/sub"), 0700U);
+        EXPECT_EQ(modeOf(folder + "/sub/file"), 0600U);
+    }
+}
+
+TEST_F(PosixFiles, AFileThatOthersCouldReadIsMadePrivateWhenItIsCreatedAnew)
+{
+    std::ofstream(home + "/file") << "old";
+    ::chmod((home + "/file").c_str(), 0644);
+    EXPECT_TRUE(files.createFile(home + "/file"));
+    EXPECT_EQ(modeOf("/file"), 0600U);
+}
+
+TEST_F(PosixFiles, LinksAreNotFollowed)
+{
+    std::ofstream(home + "/target") << "kept";
+    ASSERT_EQ(::symlink((home + "/target").c_str(), (home + "/link").c_str()), 0);
+    EXPECT_FALSE(files.createFile(home + "/link"));
+    EXPECT_EQ(files.openForUpdating(home + "/link"), nullptr);
+    EXPECT_TRUE(files.removeItem(home + "/link").ok());
+    EXPECT_TRUE(files.fileExists(home + "/target"));
+}
+
+TEST_F(PosixFiles, AFolderCannotBeOpenedAndAFileIsNoFolder)
+{
+    files.createFile(home + "/folder/file");
+    EXPECT_EQ(files.openForUpdating(home + "/folder"), nullptr);
+    EXPECT_FALSE(files.createFile(home + "/folder"));
+    EXPECT_FALSE(files.createFile(home + "/folder/file/below"));
+    EXPECT_FALSE(files.contentsOfDirectory(home + "/folder/file").ok());
+}
+
+TEST_F(PosixFiles, AnErrorReadsLikeTheSystemsOwn)
+{
+    EXPECT_EQ(files.removeItem(home + "/missing").error().message, "No such file or directory");
+}
+
+} // namespace
+} // namespace zarn

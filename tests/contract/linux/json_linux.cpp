@@ -1,0 +1,11 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/qt_json.h"
+#include "tests/contract/json_contract.h"
+
+namespace zarn {
+
+INSTANTIATE_TEST_SUITE_P(Linux, JsonContract,
+    testing::Values(
+        JsonBackend{"linux", [] { return std::make_unique<linux_backend::QtJson>(); }}));
+
+} // namespace zarn
