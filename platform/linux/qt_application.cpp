@@ -60,6 +60,28 @@ void perform(std::string_view slot)
     }
 }
 
+/// The end of the desktop session asks the toolkit to quit, which would first ask each window to
+/// close; the terms refuse.
+class QuitRequests final : public QObject {
+public:
+    QuitRequests(QObject& application, std::function<void()> terminate)
+        : QObject(&application)
+        , m_terminate(std::move(terminate))
+    {
+        application.installEventFilter(this);
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (watched != parent() || event->type() != QEvent::Quit)
+            return QObject::eventFilter(watched, event);
+        m_terminate();
+        return true;
+    }
+
+private:
+    std::function<void()> m_terminate;
+};
+
 } // namespace
 
 QtApplication::QtApplication(
@@ -70,6 +92,7 @@ QtApplication::QtApplication(
           [this] { windowClosed(); }})
 {
     m_mainQueue->onLongWait = [this] { m_storyboard.showLoadingWindow(); };
+    new QuitRequests(*m_application, [this] { terminate(); });
     // The end of the desktop session is an end like any other.
     QObject::connect(m_application.get(), &QGuiApplication::commitDataRequest, m_application.get(),
         [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });

@@ -21,3 +21,8 @@ zarn_add_desktop_test(private_windows_test
     DESKTOP --no-x --no-bus
     LABELS desktop)
 zarn_add_test(single_instance_test SOURCES single_instance_test.cpp LIBS zarn_linux_desktop)
+zarn_add_desktop_test(session_end_test
+    SOURCES session_end_test.cpp
+    LIBS zarn_linux_ui
+    DESKTOP --no-x --no-bus
+    LABELS desktop)
