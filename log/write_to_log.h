@@ -18,8 +18,8 @@ class LogFile {
 public:
     struct Deps {
         FileManager& files;
-        Clock& clock;
-        DateFormatter& dates;
+        const Clock& clock;
+        const DateFormatter& dates;
     };
     explicit LogFile(const Deps& deps)
         : m_deps(deps)
