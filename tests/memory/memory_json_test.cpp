@@ -36,7 +36,7 @@ TEST_F(MemoryJsonTest, ReadsEveryKindOfValue)
     EXPECT_EQ(parsed(" true\n"), Value(true));
     EXPECT_EQ(parsed("false"), Value(false));
     EXPECT_EQ(parsed("-12"), Value(-12));
-    EXPECT_EQ(parsed("1.5e1"), Value(15.0));
+    EXPECT_EQ(parsed("1.5e1"), Value(15));
     EXPECT_EQ(parsed("\"a\\n\\u00e9\\ud83d\\ude00\\/\""), Value("a\n\xC3\xA9\xF0\x9F\x98\x80/"));
     EXPECT_EQ(parsed("[]"), Value(Value::Array{}));
     EXPECT_EQ(parsed("[1,\"x\",[null]]"), Value(Value::Array{1, "x", Value::Array{Value()}}));
