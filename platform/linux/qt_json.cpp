@@ -16,6 +16,8 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr int deepest = 512;
+// The window stands still while a text is read: this many take some 50 ms.
+constexpr std::size_t mostValues = 250'000;
 
 std::string utf8Of(const QString& text)
 {
@@ -28,7 +30,7 @@ bool isDigit(char c)
 }
 
 /// Finds what the toolkit's parser lets pass: raw control characters and unknown or half escapes in
-/// texts, loosely written numbers; and a nesting that it would recurse into.
+/// texts, loosely written numbers; and more nesting or values than are read.
 class Scan {
 public:
     explicit Scan(std::string_view text)
@@ -39,6 +41,7 @@ public:
     bool isStrict()
     {
         int depth = 0;
+        std::size_t values = 0;
         while (!m_rest.empty()) {
             const char c = m_rest.front();
             if (c == '"' ? !text() : (c == '-' || isDigit(c)) && !number())
@@ -47,7 +50,8 @@ public:
                 continue;
             if (c == '.')
                 return false;
-            if ((c == '{' || c == '[') && ++depth > deepest)
+            const bool opens = c == '{' || c == '[';
+            if ((opens && ++depth > deepest) || ((opens || c == ',') && ++values > mostValues))
                 return false;
             if (c == '}' || c == ']')
                 --depth;
@@ -209,7 +213,7 @@ Result<Value> QtJson::parse(std::string_view utf8) const
     if (!isUtf8(utf8))
         return Error{ErrorCode::Malformed, "The text is not UTF-8."};
     if (!Scan(utf8).isStrict())
-        return Error{ErrorCode::Malformed, "The text is not JSON, or nested too deeply."};
+        return Error{ErrorCode::Malformed, "The text is not JSON, or is too large."};
     // The parser wants an array or object on top: in an array of one, any fragment is allowed.
     QByteArray wrapped;
     wrapped.reserve(static_cast<qsizetype>(utf8.size()) + 2);

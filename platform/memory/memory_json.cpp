@@ -12,6 +12,7 @@ namespace zarn::memory {
 namespace {
 
 constexpr int deepest = 512;
+constexpr std::size_t mostValues = 250'000;
 
 class Parser {
 public:
@@ -41,7 +42,7 @@ private:
     std::optional<Value> parseValue(int depth)
     {
         skipBlanks();
-        if (m_at == m_text.size())
+        if (m_at == m_text.size() || ++m_values > mostValues)
             return std::nullopt;
         const bool isContainer = m_text[m_at] == '{' || m_text[m_at] == '[';
         if (isContainer && depth == deepest)
@@ -239,6 +240,7 @@ private:
 
     std::string_view m_text;
     std::size_t m_at = 0;
+    std::size_t m_values = 0;
 };
 
 std::string quoted(const std::string& text)

@@ -75,6 +75,18 @@ TEST_F(MemoryJsonTest, NestsFiveHundredAndTwelveDeepAndNoDeeper)
     EXPECT_FALSE(json.parse(std::string(100000, '[')).ok());
 }
 
+TEST_F(MemoryJsonTest, RefusesMoreThanAQuarterOfAMillionValues)
+{
+    const auto list = [](std::size_t count) {
+        std::string text = "[1";
+        for (std::size_t i = 1; i < count; ++i)
+            text += ",1";
+        return text + "]";
+    };
+    EXPECT_TRUE(json.parse(list(249'000)).ok());
+    EXPECT_FALSE(json.parse(list(251'000)).ok());
+}
+
 TEST_F(MemoryJsonTest, PrintsWhatItReadsAgain)
 {
     const Value value
