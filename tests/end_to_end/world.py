@@ -131,6 +131,15 @@ def write_settings(domain, values):
         plistlib.dump(values, file)
 
 
+def log_text():
+    """All log files in order, as they are."""
+    texts = []
+    for path in sorted(glob.glob(os.path.join(os.environ["HOME"], "Library/Logs/*"))):
+        with open(path, encoding="utf-8") as file:
+            texts.append(file.read())
+    return "".join(texts)
+
+
 def log_lines():
     """The lines of all log files in order, each as (timestamp, message)."""
     lines = []
