@@ -61,6 +61,7 @@ bool QtTextField::isEditable() const
 }
 void QtTextField::makeFirstResponder()
 {
+    m_takesFocusWhenShown = !widget().isVisible();
     widget().setFocus(Qt::OtherFocusReason);
 }
 
@@ -74,11 +75,20 @@ void QtTextField::endEditing()
 // unchanged; the reason of the focus change tells the cases apart.
 bool QtTextField::eventFilter(QObject* watched, QEvent* event)
 {
-    if (event->type() == QEvent::FocusOut) {
+    if (event->type() == QEvent::Show && m_takesFocusWhenShown) {
+        m_takesFocusWhenShown = false;
+        // Whatever the toolkit gave the focus to meanwhile was not edited.
+        widget().setFocus(Qt::NoFocusReason);
+    } else if (event->type() == QEvent::FocusOut) {
         switch (static_cast<QFocusEvent*>(event)->reason()) {
+        case Qt::MenuBarFocusReason: {
+            // The toolkit's field would forget what is selected, and "Copy" would find nothing.
+            QFocusEvent asForPopup(QEvent::FocusOut, Qt::PopupFocusReason);
+            widget().event(&asForPopup);
+            return true;
+        }
         case Qt::ActiveWindowFocusReason:
         case Qt::PopupFocusReason:
-        case Qt::MenuBarFocusReason:
         case Qt::NoFocusReason:
             break;
         default:

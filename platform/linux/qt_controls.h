@@ -67,6 +67,7 @@ protected:
 private:
     void endEditing();
     TextFieldDelegate* m_delegate = nullptr;
+    bool m_takesFocusWhenShown = false;
 };
 
 class QtButton final : public QtControlOf<Button, QAbstractButton> {
