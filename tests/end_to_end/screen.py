@@ -194,26 +194,41 @@ class Screen:
     def focus(self, role, name):
         self.control(role, name).get_component_iface().grab_focus()
 
-    def focused(self):
-        """Role and name of what has the keyboard, or None."""
+    def _keyboard(self):
         for window in self.windows():
             for node in _walk(window):
-                if _is(node, Atspi.StateType.FOCUSED) and is_showing(node):
-                    return node.get_role_name(), node.get_name()
+                # The items of a closed menu go on saying that they have it.
+                if _is(node, Atspi.StateType.FOCUSED) and is_showing(node) and node.get_role_name() != "list item":
+                    return node
         return None
 
+    def focused(self):
+        """Role and name of what has the keyboard, or None."""
+        node = self._keyboard()
+        return (node.get_role_name(), node.get_name()) if node else None
+
+    def _place(self):
+        """Where the keyboard is: in a notice that is the caret, which goes from link to link."""
+        node = self._keyboard()
+        if not node:
+            return None
+        text = node.get_text_iface() if node.get_role_name() == "label" else None
+        return node.get_role_name(), node.get_name(), text.get_caret_offset() if text else 0
+
+    def tab(self, key="Tab"):
+        """Presses Tab and waits until the keyboard is elsewhere."""
+        before = wait_for(self._place, "something to have the keyboard")
+        keys(key)
+        wait_for(lambda: self._place() not in (before, None), f"{key} to move on from {before}")
+
     def tab_to(self, role, name, key="Tab"):
-        """Presses Tab until a control has the keyboard; answers what was passed on the way."""
-        passed = []
-        wait_for(self.focused, "something to have the keyboard")
-        while self.focused() != (role, name):
-            before = self.focused()
+        """Presses Tab until a control has the keyboard."""
+        passed = [wait_for(self.focused, "something to have the keyboard")]
+        while passed[-1] != (role, name):
             if len(passed) > 15:
                 raise NotFound(f"{role} {name!r} is not among {passed}")
-            passed.append(before)
-            keys(key)
-            wait_for(lambda: self.focused() not in (before, None), f"{key} to move on from {before}")
-        return passed
+            self.tab(key)
+            passed.append(self.focused())
 
     def menu(self, menu, item):
         for window in self.windows():
