@@ -5,6 +5,7 @@ usage: demonstration.py BUILD_FOLDER OUTPUT_FOLDER
 """
 
 import os
+import subprocess
 import sys
 
 os.environ["ZARN_BUILD"] = os.path.abspath(sys.argv[1])
@@ -80,4 +81,8 @@ if __name__ == "__main__":
     try:
         main()
     except AssertionError as problem:
+        sys.exit(f"demonstration: {problem}")
+    except KeyError as missing:
+        sys.exit(f"demonstration: the program left no {missing}")
+    except (OSError, ValueError, subprocess.SubprocessError) as problem:
         sys.exit(f"demonstration: {problem}")
