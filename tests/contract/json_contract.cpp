@@ -102,6 +102,19 @@ TEST_P(JsonContract, NestingUpTo512IsRead)
     EXPECT_FALSE(parsed(objects));
 }
 
+TEST_P(JsonContract, AQuarterOfAMillionValuesIsReadAndNotManyMore)
+{
+    const auto list = [](std::size_t count) {
+        std::string text = "[1";
+        for (std::size_t i = 1; i < count; ++i)
+            text += ",1";
+        return text + "]";
+    };
+    EXPECT_TRUE(parsed(list(249'000)));
+    EXPECT_FALSE(parsed(list(251'000)));
+    EXPECT_TRUE(parsed("\"" + std::string(300'000, ',') + "\""));
+}
+
 TEST_P(JsonContract, BracketsInTextsAreNoNesting)
 {
     const auto brackets = std::string(2000, '[') + "\\\"" + std::string(2000, '{');
