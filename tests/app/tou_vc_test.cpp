@@ -55,14 +55,31 @@ TEST_F(TermsTest, AppearingPaintsTheViewInItsMode)
         TextColor::White);
 }
 
-TEST_F(TermsTest, TheViewDoesNotObserveTheTheme)
+TEST_F(TermsTest, TheViewItselfDoesNotObserveTheTheme)
+{
+    Appearance appearance(standard(), texts);
+    ToUVC view({appearance, standard(), platform.application});
+    memory::layOut("ToUVC", terms.outlets);
+    view.setView(&terms.view);
+    view.connectOutlets(terms.outlets);
+    view.viewDidLoad();
+    view.viewWillAppear();
+    EXPECT_EQ(platform.notificationCenter.observerCount(), 0U);
+    standard().globalValues["AppleInterfaceStyle"] = "Dark";
+    view.interfaceModeChanged();
+    EXPECT_EQ(terms.view.alpha, 1.0);
+}
+
+TEST_F(TermsTest, TheProgramKeepsThemReadableWhenTheThemeChanges)
 {
     loadTerms();
     terms.controller->viewWillAppear();
-    EXPECT_EQ(platform.notificationCenter.observerCount(), 0U);
+    EXPECT_EQ(terms.view.alpha, 0.2);
     standard().globalValues["AppleInterfaceStyle"] = "Dark";
-    static_cast<ToUVC&>(*terms.controller).interfaceModeChanged();
+    platform.notificationCenter.post("AppleInterfaceThemeChangedNotification");
     EXPECT_EQ(terms.view.alpha, 1.0);
+    terms.controller.reset();
+    EXPECT_EQ(platform.notificationCenter.observerCount(), 0U);
 }
 
 TEST_F(TermsTest, ATextViewWithoutStorageIsLeftAlone)
