@@ -19,6 +19,9 @@ namespace zarn::linux_backend {
 namespace {
 
 using Clock = std::chrono::steady_clock;
+
+// libcurl copies a field anew for each line that continues it.
+constexpr int maximumContinuationLines = 100;
 using Multi = std::unique_ptr<CURLM, decltype(&curl_multi_cleanup)>;
 using Easy = std::unique_ptr<CURL, decltype(&curl_easy_cleanup)>;
 using List = std::unique_ptr<curl_slist, decltype(&curl_slist_free_all)>;
@@ -215,6 +218,9 @@ private:
             m_locations.clear();
             return status.has_value();
         }
+        if ((line.starts_with(' ') || line.starts_with('\t'))
+            && ++m_continuationLines > maximumContinuationLines)
+            return false;
         while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
             line.remove_suffix(1);
         if (line.empty()) {
@@ -279,6 +285,7 @@ private:
     int m_status = 0;
     bool m_headComplete = false;
     std::size_t m_headerBytes = 0;
+    int m_continuationLines = 0;
     std::vector<std::string> m_locations;
     std::optional<HttpHop> m_next;
     std::string m_body;

@@ -47,7 +47,7 @@ public:
 
     bool runUntil(const std::function<bool()>& done) override
     {
-        return m_client.queue.runUntil(done, m_client.sessions ? 20s : 200ms);
+        return m_client.queue.runUntil(done, m_client.sessions ? 110s : 200ms);
     }
 
 private:

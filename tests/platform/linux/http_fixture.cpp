@@ -121,13 +121,36 @@ HttpClient::HttpClient(HttpLimits limits)
         queue, limits, [this](std::string_view line) { complaints.emplace_back(line); });
 }
 
-HttpLimits HttpClient::shortLimits()
+HttpLimits HttpClient::patientLimits()
 {
     HttpLimits limits;
-    limits.connect = 10s;
-    limits.idle = 10s;
-    limits.total = 20s;
+    limits.total = 100s;
     return limits;
+}
+
+StandstillWatch::StandstillWatch()
+    : m_thread([this] {
+        std::unique_lock lock(m_mutex);
+        auto last = std::chrono::steady_clock::now();
+        while (!m_end) {
+            m_wake.wait_for(lock, 10ms);
+            const auto now = std::chrono::steady_clock::now();
+            const auto gap = std::chrono::duration_cast<std::chrono::milliseconds>(now - last);
+            m_longest = std::max(m_longest.load(), gap);
+            last = now;
+        }
+    })
+{
+}
+
+StandstillWatch::~StandstillWatch()
+{
+    {
+        const std::lock_guard lock(m_mutex);
+        m_end = true;
+    }
+    m_wake.notify_all();
+    m_thread.join();
 }
 
 std::optional<HttpResponse> HttpClient::send(
@@ -141,7 +164,7 @@ std::optional<HttpResponse> HttpClient::send(
             result = std::move(response);
             done = true;
         });
-    if (!queue.runUntil([&] { return done; }, 40s))
+    if (!queue.runUntil([&] { return done; }, 110s))
         throw std::runtime_error("a request never ended");
     return result;
 }

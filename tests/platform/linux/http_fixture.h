@@ -5,10 +5,14 @@
 #include "tests/support/demo_server.h"
 #include "tests/support/test_main_queue.h"
 
+#include <atomic>
+#include <chrono>
+#include <condition_variable>
 #include <memory>
 #include <mutex>
 #include <optional>
 #include <string>
+#include <thread>
 #include <vector>
 
 namespace zarn::linux_backend {
@@ -41,13 +45,33 @@ private:
 /// Options with a certificate for 127.0.0.1, ::1 and localhost, signed by the trusted authority.
 demo::ServerOptions goodServerOptions();
 
+/// Notices when the whole machine stands still, so that a test of short times can tell that from a
+/// failure of its own. Ends within a moment of its destruction.
+class StandstillWatch {
+public:
+    StandstillWatch();
+    ~StandstillWatch();
+    StandstillWatch(const StandstillWatch&) = delete;
+    StandstillWatch& operator=(const StandstillWatch&) = delete;
+    /// The longest time so far in which nothing ran.
+    std::chrono::milliseconds longest() const { return m_longest.load(); }
+
+private:
+    std::atomic<std::chrono::milliseconds> m_longest{std::chrono::milliseconds(0)};
+    std::mutex m_mutex;
+    std::condition_variable m_wake;
+    bool m_end = false;
+    std::thread m_thread;
+};
+
 /// Sessions on a main queue of their own, and a way to wait for a reply.
 class HttpClient {
 public:
-    explicit HttpClient(HttpLimits limits = shortLimits());
+    explicit HttpClient(HttpLimits limits = patientLimits());
 
-    /// Limits that no test reaches by accident and that a failing one reaches soon.
-    static HttpLimits shortLimits();
+    /// Limits that no test reaches by accident, not even on a machine that stands still for some
+    /// seconds now and then.
+    static HttpLimits patientLimits();
     std::optional<HttpResponse> send(const UrlRequest& request, const HttpHeaders& headers = {},
         ServerTrust trust = ServerTrust::Evaluate);
     /// GET of a text that can be formed into a URL.

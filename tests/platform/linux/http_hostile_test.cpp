@@ -73,25 +73,26 @@ long peakMemory()
 
 class HttpHostile : public testing::Test {
 protected:
-    static HttpLimits limits()
+    static HttpLimits scaledLimits()
     {
-        HttpLimits scaled = HttpClient::shortLimits();
+        HttpLimits scaled = HttpClient::patientLimits();
         scaled.idle = 500ms;
         scaled.total = 2s;
         return scaled;
     }
 
-    // Asks a server that always replies so; expects an end within the limits.
-    std::optional<HttpResponse> ask(const Reply& reply)
+    // Asks a server that always replies so; expects an end soon after the limits.
+    std::optional<HttpResponse> ask(
+        const Reply& reply, const HttpLimits& used = HttpClient::patientLimits())
     {
         LoopbackServer server([reply](const Request&) { return reply; });
-        HttpClient client(limits());
+        HttpClient client(used);
         const long before = peakMemory();
         const auto start = std::chrono::steady_clock::now();
         const auto response = client.get(server.https());
         m_taken = std::chrono::steady_clock::now() - start;
         m_grownKib = peakMemory() - before;
-        EXPECT_LT(m_taken, 8s);
+        EXPECT_LT(m_taken, 60s);
         return response;
     }
 
@@ -162,11 +163,11 @@ TEST_F(HttpHostile, ATrickleOfBodyOrHeadEndsAtTheTotalLimit)
     body.body = "x";
     body.endless = true;
     body.byteInterval = 50ms;
-    EXPECT_FALSE(ask(body));
+    EXPECT_FALSE(ask(body, scaledLimits()));
     EXPECT_GE(m_taken, 2s);
     Reply head = raw("", "H");
     head.byteInterval = 50ms;
-    EXPECT_FALSE(ask(head));
+    EXPECT_FALSE(ask(head, scaledLimits()));
     EXPECT_GE(m_taken, 50ms);
 }
 
@@ -222,7 +223,7 @@ TEST_F(HttpHostile, AnEndlessRedirectEndsAfterSixteen)
         reply.headers = {{"Location", "/again"}};
         return reply;
     });
-    HttpClient client(limits());
+    HttpClient client;
     const auto response = client.get(server.https());
     ASSERT_TRUE(response);
     EXPECT_EQ(response->status, 302);
@@ -246,8 +247,6 @@ TEST_F(HttpHostile, HeaderFloodsEnd)
             {"endless trailers",
                 raw(ok + "Transfer-Encoding: chunked\r\n\r\n2\r\nok\r\n0\r\n",
                     "X-Trailer: xxxxxxxx\r\n")},
-            {"endless chunk extension",
-                raw(ok + "Transfer-Encoding: chunked\r\n\r\n2;", std::string(1000, 'x'))},
             {"endless chunk size",
                 raw(ok + "Transfer-Encoding: chunked\r\n\r\n", std::string(1000, '0'))},
             {"endless cookies", raw(ok, "Set-Cookie: a=b\r\n")}};
@@ -255,6 +254,16 @@ TEST_F(HttpHostile, HeaderFloodsEnd)
         EXPECT_FALSE(ask(reply)) << name;
         EXPECT_LT(m_grownKib, 16 * 1024 * memoryFactor) << name;
     }
+}
+
+// It is skipped as it comes, so that only time ends it.
+TEST_F(HttpHostile, AnEndlessChunkExtensionEndsAtTheTotalLimit)
+{
+    EXPECT_FALSE(
+        ask(raw("HTTP/1.1 200 OK\r\nTransfer-Encoding: chunked\r\n\r\n2;", std::string(1000, 'x')),
+            scaledLimits()));
+    EXPECT_GE(m_taken, 2s);
+    EXPECT_LT(m_grownKib, 16 * 1024 * memoryFactor);
 }
 
 TEST_F(HttpHostile, ManyHeadersWithinReasonAreFine)
@@ -324,15 +333,14 @@ TEST_F(HttpHostile, ContradictingLengthsNeverLeaveAConnectionBehind)
              "Content-Length: 18446744073709551615\r\n",
              "Content-Length: 9223372036854775807\r\n"}) {
         ask(raw("HTTP/1.1 200 OK\r\n" + std::string(head) + "\r\nok"));
-        EXPECT_LT(m_taken, 3s) << head;
+        EXPECT_LT(m_taken, 30s) << head;
     }
 }
 
 TEST_F(HttpHostile, OneByteASecondAndSilenceEndAtTheirLimits)
 {
     const bool real = longTests();
-    HttpLimits scaled = limits();
-    const HttpLimits used = real ? HttpLimits{} : scaled;
+    const HttpLimits used = real ? HttpLimits{} : scaledLimits();
     Reply trickle;
     trickle.body = "x";
     trickle.endless = true;
@@ -352,10 +360,10 @@ TEST_F(HttpHostile, OneByteASecondAndSilenceEndAtTheirLimits)
                     EXPECT_FALSE(response);
                     done = true;
                 });
-        ASSERT_TRUE(queue.runUntil([&] { return done; }, expected + 30s));
+        ASSERT_TRUE(queue.runUntil([&] { return done; }, expected + 90s));
         const auto taken = std::chrono::steady_clock::now() - start;
         EXPECT_GE(taken, expected);
-        EXPECT_LT(taken, expected + 10s);
+        EXPECT_LT(taken, expected + 60s);
     }
 }
 

@@ -466,14 +466,14 @@ TEST_F(HttpProxy, HttpToThisComputerNeverGoesThroughOne)
 TEST(HttpLimits, ATlsHandshakeThatIsNeverAnsweredEndsAtTheConnectLimit)
 {
     LoopbackServer server([](const Request&) { return Reply{}; });
-    HttpLimits limits = HttpClient::shortLimits();
+    HttpLimits limits = HttpClient::patientLimits();
     limits.connect = 150ms;
     HttpClient client(limits);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(client.get("https://" + server.http().substr(7)));
     const auto taken = std::chrono::steady_clock::now() - start;
     EXPECT_GE(taken, 150ms);
-    EXPECT_LT(taken, 3s);
+    EXPECT_LT(taken, 30s);
 }
 
 TEST(HttpLimits, SilenceEndsAtTheIdleLimit)
@@ -481,9 +481,9 @@ TEST(HttpLimits, SilenceEndsAtTheIdleLimit)
     Reply silent = withRaw("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc");
     silent.stall = true;
     Reply slow;
-    slow.delay = 20s;
+    slow.delay = 100s;
     LoopbackServer server(routes({{"/silent", silent}, {"/slow", slow}}));
-    HttpLimits limits = HttpClient::shortLimits();
+    HttpLimits limits = HttpClient::patientLimits();
     limits.idle = 150ms;
     HttpClient client(limits);
     for (const char* path : {"/silent", "/slow"}) {
@@ -491,7 +491,7 @@ TEST(HttpLimits, SilenceEndsAtTheIdleLimit)
         EXPECT_FALSE(client.get(server.https() + path)) << path;
         const auto taken = std::chrono::steady_clock::now() - start;
         EXPECT_GE(taken, 150ms) << path;
-        EXPECT_LT(taken, 3s) << path;
+        EXPECT_LT(taken, 30s) << path;
     }
 }
 
@@ -502,10 +502,15 @@ TEST(HttpLimits, EveryByteCountsEvenWithinOneHeaderLine)
         "HTTP/1.1 200 OK\r\nX-Long: " + std::string(40, 'x') + "\r\nContent-Length: 2\r\n\r\nok");
     slow.byteInterval = 10ms;
     LoopbackServer server([slow](const Request&) { return slow; });
-    HttpLimits limits = HttpClient::shortLimits();
+    HttpLimits limits = HttpClient::patientLimits();
     limits.idle = 300ms;
     HttpClient client(limits);
-    const auto response = client.get(server.https());
+    std::optional<HttpResponse> response;
+    for (bool stoodStill = true; !response && stoodStill;) {
+        const StandstillWatch watch;
+        response = client.get(server.https());
+        stoodStill = watch.longest() > 200ms;
+    }
     ASSERT_TRUE(response);
     EXPECT_EQ(response->body, "ok");
 }
@@ -516,14 +521,14 @@ TEST(HttpLimits, AReplyThatTricklesEndsAtTheTotalLimit)
     trickle.endless = true;
     trickle.byteInterval = 10ms;
     LoopbackServer server([trickle](const Request&) { return trickle; });
-    HttpLimits limits = HttpClient::shortLimits();
+    HttpLimits limits = HttpClient::patientLimits();
     limits.total = 400ms;
     HttpClient client(limits);
     const auto start = std::chrono::steady_clock::now();
     EXPECT_FALSE(client.get(server.https()));
     const auto taken = std::chrono::steady_clock::now() - start;
     EXPECT_GE(taken, 400ms);
-    EXPECT_LT(taken, 3s);
+    EXPECT_LT(taken, 30s);
 }
 
 TEST(HttpLimits, RedirectsShareTheTotalLimit)
@@ -531,7 +536,7 @@ TEST(HttpLimits, RedirectsShareTheTotalLimit)
     Reply slow = redirectTo("/");
     slow.delay = 60ms;
     LoopbackServer server([slow](const Request&) { return slow; });
-    HttpLimits limits = HttpClient::shortLimits();
+    HttpLimits limits = HttpClient::patientLimits();
     limits.total = 300ms;
     HttpClient client(limits);
     EXPECT_FALSE(client.get(server.https()));
@@ -541,7 +546,7 @@ TEST(HttpLimits, RedirectsShareTheTotalLimit)
 TEST(HttpLimits, TheRequestsOwnTimeoutCountsWhereItIsShorter)
 {
     Reply slow;
-    slow.delay = 20s;
+    slow.delay = 100s;
     LoopbackServer server([slow](const Request&) { return slow; });
     HttpClient client;
     UrlRequest request{*Url::fromText(server.https())};
@@ -550,7 +555,7 @@ TEST(HttpLimits, TheRequestsOwnTimeoutCountsWhereItIsShorter)
     EXPECT_FALSE(client.send(request));
     const auto taken = std::chrono::steady_clock::now() - start;
     EXPECT_GE(taken, 1s);
-    EXPECT_LT(taken, 5s);
+    EXPECT_LT(taken, 30s);
 }
 
 TEST(HttpLimits, TheLimitsOfTheProgramAreThePromisedOnes)
@@ -566,7 +571,7 @@ TEST(HttpLimits, TheLimitsOfTheProgramAreThePromisedOnes)
 TEST(HttpLimits, DestroyingTheSessionsDoesNotWaitForTheirTasks)
 {
     Reply slow;
-    slow.delay = 30s;
+    slow.delay = 100s;
     LoopbackServer server([slow](const Request&) { return slow; });
     HttpClient client;
     UrlSessionDelegate delegate;
@@ -577,7 +582,7 @@ TEST(HttpLimits, DestroyingTheSessionsDoesNotWaitForTheirTasks)
             {*Url::fromText(url)}, [&](const std::optional<HttpResponse>&) { called = true; });
     const auto start = std::chrono::steady_clock::now();
     client.sessions.reset();
-    EXPECT_LT(std::chrono::steady_clock::now() - start, 3s);
+    EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
     client.queue.runPosted();
     EXPECT_FALSE(called);
     session->dataTask({*Url::fromText(server.https())},
