@@ -6,6 +6,7 @@
 #include <gtest/gtest.h>
 
 #include <fstream>
+#include <tuple>
 
 namespace zarn::linux_backend {
 namespace {
@@ -76,7 +77,7 @@ protected:
     static HttpLimits scaledLimits()
     {
         HttpLimits scaled = HttpClient::patientLimits();
-        scaled.idle = 500ms;
+        scaled.idle = 30s;
         scaled.total = 2s;
         return scaled;
     }
@@ -341,16 +342,19 @@ TEST_F(HttpHostile, OneByteASecondAndSilenceEndAtTheirLimits)
 {
     const bool real = longTests();
     const HttpLimits used = real ? HttpLimits{} : scaledLimits();
+    HttpLimits usedForSilence = used;
+    usedForSilence.idle = real ? used.idle : 500ms;
     Reply trickle;
     trickle.body = "x";
     trickle.endless = true;
     trickle.byteInterval = real ? 1000ms : 20ms;
     Reply silent = raw("HTTP/1.1 200 OK\r\nContent-Length: 10\r\n\r\nabc");
     silent.stall = true;
-    for (const auto& [reply, expected] : {std::pair(trickle, used.total), {silent, used.idle}}) {
+    for (const auto& [reply, limits, expected] :
+        {std::tuple(trickle, used, used.total), {silent, usedForSilence, usedForSilence.idle}}) {
         LoopbackServer server([reply = reply](const Request&) { return reply; });
         TestMainQueue queue;
-        CurlUrlSessions sessions(queue, used);
+        CurlUrlSessions sessions(queue, limits);
         UrlSessionDelegate delegate;
         bool done = false;
         const auto start = std::chrono::steady_clock::now();
