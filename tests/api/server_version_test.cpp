@@ -71,6 +71,30 @@ TEST_F(GetVersionTest, TheVersionChoosesBetweenBasicAndBearer)
     }
 }
 
+TEST_F(GetVersionTest, EveryPartOfTheVersionIsKept)
+{
+    getVersion({{"version", "11.36.7-t1712-x.9"}});
+    EXPECT_EQ(connection.serverVersion, "11.36.7-t1712-x.9");
+    EXPECT_EQ(connection.versionMajor, 11);
+    EXPECT_EQ(connection.versionMinor, 36);
+    EXPECT_EQ(connection.versionPatch, 7);
+    EXPECT_EQ(connection.versionBuild, "t1712");
+}
+
+TEST_F(GetVersionTest, BearerIsChosenWhateverTheSchemeWasBefore)
+{
+    connection.authScheme = "Basic";
+    connection.token = "token";
+    delegate->getVersion(
+        {{"version", "10.35.0"}}, {false, "https://zarn.example", "Q3JlZHM=", completion(), 200});
+    EXPECT_EQ(connection.authScheme, "Bearer");
+    EXPECT_TRUE(connection.bearerTokenActive);
+    EXPECT_EQ(connection.token, "token");
+    EXPECT_EQ(logLines(),
+        (Lines{"[TokenDelegate.getVersion] Zarn Pro Version: 10.35.0",
+            "[TokenDelegate.getVersion] https://zarn.example set to use Bearer Token"}));
+}
+
 TEST_F(GetVersionTest, AProbeThatFailedIsMadeAgainByTheNextToken)
 {
     connection.useApiClient = 0;

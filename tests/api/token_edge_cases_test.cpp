@@ -85,14 +85,26 @@ TEST_F(TokenEdgeCases, ASecondSuccessfulValidationCompletesWithoutAVersionReques
         "[TokenDelegate.getToken] new token created for https://other.example");
 }
 
-TEST_F(TokenEdgeCases, ForcedBasicAuthenticationLeavesTheTokenRequestUnchanged)
+TEST_F(TokenEdgeCases, ForcedBasicAuthenticationLeavesTheTokenRequestUnchangedAndForcesTheChoice)
 {
     useUsername();
     getToken();
+    sessions.deliverAll();
     settings.standard().set("forceBasicAuth", 1);
+    sessions.reply(200, R"({"token":"abc"})");
+    sessions.reply(200, R"({"version":"10.40.0"})");
     getToken();
-    EXPECT_EQ(sessions.requests[0].headers, sessions.requests[1].headers);
-    EXPECT_EQ(sessions.requests[0].url, sessions.requests[1].url);
+    const auto& free = sessions.requests.at(0);
+    const auto& forced = sessions.requests.at(1);
+    EXPECT_EQ(forced.method, free.method);
+    EXPECT_EQ(forced.url, free.url);
+    EXPECT_EQ(forced.headers, free.headers);
+    EXPECT_EQ(forced.body, free.body);
+    EXPECT_EQ(forced.timeout, free.timeout);
+    EXPECT_EQ(forced.storage, free.storage);
+    sessions.deliverAll();
+    EXPECT_EQ(connection.authScheme, "Basic");
+    EXPECT_EQ(connection.token, "YWRtaW46cHc=");
 }
 
 } // namespace

@@ -72,6 +72,21 @@ TEST_F(LeaveAddModeTest, CancelReturnsToAProfileStepByStep)
             "quit_Button titled Quit", "updateServerInfo_Button titled Set"}));
 }
 
+TEST_F(LeaveAddModeTest, CancelWithoutARememberedServerDisablesStepByStep)
+{
+    load();
+    recordControls();
+    click("quit_Button");
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{"displayName_Label = Server:", "selectServer_Button shown",
+            "displayName_TextField hidden", "serverURL_Label shown",
+            "zarnProServer_textfield shown", "zarnProServer_textfield not editable",
+            "hideCreds_button shown", "updateServerInfo_Button disabled",
+            "zarnProServer_textfield disabled", "zarnProUsername_textfield disabled",
+            "zarnProPassword_textfield disabled", "quit_Button titled Quit",
+            "updateServerInfo_Button titled Set"}));
+}
+
 TEST_F(LeaveAddModeTest, CancelTakesTheLastProfileOfTheMapsOrderWhenNoUrlMatches)
 {
     for (const auto* name : {"Zoo", "alpha", "Beta"})

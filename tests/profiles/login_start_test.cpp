@@ -68,6 +68,64 @@ TEST_F(LoginStartTest, TheStepsOfAStartWithACurrentProfileComeInTheirOrder)
         expected);
 }
 
+TEST_F(LoginStartTest, TheStepsOfAStartWithoutProfilesComeInTheirOrder)
+{
+    memory::layOut("LoginVC", window.outlets);
+    for (const auto* name : {"hideCreds_button", "saveCreds_button", "useUsername_button"})
+        button(name);
+    field("zarnProPassword_textfield");
+    for (const auto* name : {"username_label", "password_label"})
+        window.outlets.labelNamed(name);
+    recordControls();
+    load();
+    const auto& happened = events();
+    const std::vector<std::string> expected{
+        "create /home/test/Library/Logs/20250301_101500_zarn-shortcuts.log",
+        "list /home/test/Library/Logs/",
+        // The fields are hidden at first, as they would be with profiles.
+        "size 518 x 85", "hideCreds_button tooltip show username/password fields",
+        "zarnProServer_textfield hidden", "zarnProUsername_textfield hidden",
+        "zarnProPassword_textfield hidden", "serverURL_Label hidden", "username_label hidden",
+        "password_label hidden", "hideCreds_button state 0", "hideCreds_button image right",
+        "zarnProServer_textfield delegate", "zarnProUsername_textfield delegate",
+        "zarnProPassword_textfield delegate", "useUsername_button state 0",
+        "username_label = Client ID:", "password_label = Client Secret:",
+        "set group.R3V8N1P6WB.zarnie.SharedZPMA serversDict",
+        "remove group.Q7X2M9K4TA.zarnactions currentServer",
+        "zarnProServer_textfield = ", "zarnProUsername_textfield = ",
+        "zarnProPassword_textfield = ", "selectServer_Button remove all",
+        "selectServer_Button separator at 0", "selectServer_Button add Add Server...",
+        "selectServer_Button select none", "saveCreds_button state 0",
+        // Then add mode, entered as if the item had been chosen.
+        "zarnProServer_textfield = ", "selectServer_Button remove all",
+        "selectServer_Button separator at 0", "selectServer_Button add Add Server...",
+        "selectServer_Button select Add Server...", "updateServerInfo_Button titled Add",
+        "displayName_TextField first responder", "displayName_Label = Display Name:",
+        "displayName_TextField = ", "selectServer_Button hidden", "displayName_TextField shown",
+        "serverURL_Label shown", "zarnProServer_textfield shown",
+        "zarnProServer_textfield editable",
+        "zarnProServer_textfield = ", "zarnProUsername_textfield = ",
+        "zarnProPassword_textfield = ", "useUsername_button state 0", "username_label = Client ID:",
+        "password_label = Client Secret:", "saveCreds_button state 0",
+        "set group.Q7X2M9K4TA.zarnactions saveCreds", "hideCreds_button hidden",
+        "quit_Button titled Cancel", "updateServerInfo_Button titled Add", "size 518 x 208",
+        "hideCreds_button tooltip hide username/password fields", "zarnProServer_textfield shown",
+        "zarnProUsername_textfield shown", "zarnProPassword_textfield shown",
+        "serverURL_Label shown", "username_label shown", "password_label shown",
+        "hideCreds_button state 2", "hideCreds_button image down",
+        // Once more for the start itself.
+        "size 518 x 208", "hideCreds_button tooltip hide username/password fields",
+        "zarnProServer_textfield shown", "zarnProUsername_textfield shown",
+        "zarnProPassword_textfield shown", "serverURL_Label shown", "username_label shown",
+        "password_label shown", "hideCreds_button state 2", "hideCreds_button image down",
+        "activate"};
+    // What the storyboard itself sets up comes before.
+    ASSERT_GE(happened.size(), expected.size());
+    EXPECT_EQ((std::vector<std::string>(
+                  happened.end() - static_cast<std::ptrdiff_t>(expected.size()), happened.end())),
+        expected);
+}
+
 TEST_F(LoginStartTest, TheThreeCredentialFieldsReportTheirEndOfEditing)
 {
     load();
