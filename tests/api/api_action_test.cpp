@@ -105,6 +105,19 @@ TEST_F(ApiActionTest, AnErrorStatusGivesFiveKeys)
     EXPECT_EQ(logLines().back(), "[TokenDelegate.getVersion] Response error: 404.");
 }
 
+TEST_F(ApiActionTest, TheTwoHundredsEndBeforeThreeHundred)
+{
+    const Value::Dictionary reply{{"version", "10.40.0"}};
+    const std::string body = R"({"version":"10.40.0"})";
+    for (const int status : {200, 201, 299})
+        EXPECT_EQ(resultOf(status, body, "computers"), reply) << status;
+    for (const int status : {100, 199, 300, 302, 500}) {
+        EXPECT_EQ(resultOf(status, body, "computers").at("ZPAPI_result"), Value("failed"));
+        EXPECT_EQ(logLines().back(),
+            "[TokenDelegate.getVersion] Response error: " + std::to_string(status) + ".");
+    }
+}
+
 TEST_F(ApiActionTest, AnObjectIsHandedOverUnchanged)
 {
     const Value::Dictionary expected{{"a", Value::Array{1, "x"}}};
