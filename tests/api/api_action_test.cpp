@@ -65,6 +65,14 @@ TEST_F(ApiActionTest, AnObjectTravelsPrettyPrinted)
     EXPECT_EQ(*sessions.requests[0].body, "{\n  \"a\" : \"x\",\n  \"b\" : 1\n}");
 }
 
+TEST_F(ApiActionTest, AnObjectTravelsWithEveryMethod)
+{
+    for (const char* word : {"get", "create", "post", "put", "delete"}) {
+        action({"https://zarn.example", "computers", "", {{"a", 1}}, "", word});
+        EXPECT_EQ(sessions.requests.back().body, "{\n  \"a\" : 1\n}") << word;
+    }
+}
+
 TEST_F(ApiActionTest, AnObjectThatJsonCannotHoldGoesWithoutABodyAndIsPrinted)
 {
     action({"https://zarn.example", "computers", "", {{"d", Date{1}}}, "", "post"});

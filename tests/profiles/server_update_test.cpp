@@ -282,16 +282,6 @@ TEST_F(ServerUpdateTest, TheSecretsAreSavedWhateverTheSaveCredentialsBoxSays)
     }
 }
 
-TEST_F(ServerUpdateTest, TheModeAtTheMomentOfSuccessChoosesThePrefix)
-{
-    loadProfiles();
-    typeCredentials("admin", "secret");
-    pressUpdate();
-    answerSuccess();
-    queue.runAll();
-    EXPECT_EQ(keychainItems().front(), "ZPMA-a/admin=secret");
-}
-
 TEST_F(ServerUpdateTest, ASetServerChangesNoProfile)
 {
     loadProfiles();
