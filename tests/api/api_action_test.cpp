@@ -37,8 +37,9 @@ TEST_F(ApiActionTest, MethodWordsInAnyCase)
     const struct {
         const char* word;
         const char* method;
-    } rows[] = {{"get", "GET"}, {"GET", "GET"}, {"create", "POST"}, {"Post", "POST"},
-        {"delete", "PUT"}, {"put", "PUT"}, {"", "PUT"}};
+    } rows[]
+        = {{"get", "GET"}, {"GET", "GET"}, {"create", "POST"}, {"CREATE", "POST"}, {"Post", "POST"},
+            {"POST", "POST"}, {"delete", "PUT"}, {"put", "PUT"}, {"created", "PUT"}, {"", "PUT"}};
     for (const auto& row : rows) {
         sessions.requests.clear();
         action({"https://zarn.example", "computers", "", {}, "", row.word});

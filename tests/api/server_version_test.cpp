@@ -113,6 +113,7 @@ TEST_F(GetVersionTest, AProbeThatFailedIsMadeAgainByTheNextToken)
 TEST_F(GetVersionTest, TheLogLineComesBeforeTheAlertAndTheAlertBeforeTheCompletion)
 {
     std::vector<std::string> order;
+    connection.bearerTokenActive = true;
     alerts.whileOpen = [&] {
         order.push_back("alert after " + std::to_string(logLines().size()));
         EXPECT_FALSE(connection.bearerTokenActive);
