@@ -4,9 +4,12 @@
 #include "platform/alert.h"
 #include "platform/application.h"
 
+#include <cstddef>
 #include <deque>
 #include <functional>
+#include <optional>
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace zarn::memory {
@@ -46,73 +49,83 @@ private:
 /// Records "activate" and "terminate". A run is what `whileRunning` does.
 class MemoryApplication final : public Application {
 public:
-    explicit MemoryApplication(std::vector<std::string>& events)
-        : m_events(events)
+    /// What the application needs of the storyboard.
+    struct Hooks {
+        std::function<void()> showInitialWindow;
+        std::function<std::vector<Window*>()> windows;
+        std::function<void()> closeAll;
+    };
+    explicit MemoryApplication(std::vector<std::string>& events, Hooks hooks = {})
+        : m_hooks(std::move(hooks))
+        , m_events(events)
     {
     }
-    int run(ApplicationDelegate& delegate) override
-    {
-        m_delegate = &delegate;
-        delegate.applicationDidFinishLaunching();
-        if (whileRunning)
-            whileRunning();
-        delegate.applicationWillTerminate();
-        m_delegate = nullptr;
-        return 0;
-    }
+    int run(ApplicationDelegate& delegate) override;
     /// The user closed the last window.
     void lastWindowClosed()
     {
         if (m_delegate && m_delegate->applicationShouldTerminateAfterLastWindowClosed())
             terminate();
     }
+    /// The user chooses a command of the program's own menu; false when there is none of that
+    /// title.
+    [[nodiscard]] bool chooseMenuItem(std::string_view title);
     void activateIgnoringOtherApps() override { m_events.emplace_back("activate"); }
     void terminate() override
     {
         m_events.emplace_back("terminate");
+        m_ending = true;
         if (onTerminate)
             onTerminate();
     }
-    std::vector<Window*> windows() override { return openWindows; }
+    std::vector<Window*> windows() override;
     unsigned currentModifierFlags() const override { return modifierFlags; }
+    bool isEnding() const { return m_ending; }
 
-    /// In their order.
-    std::vector<Window*> openWindows;
+    /// In their order; without them, the windows of the storyboard.
+    std::optional<std::vector<Window*>> openWindows;
     unsigned modifierFlags = 0;
     std::function<void()> whileRunning;
     std::function<void()> onTerminate;
 
 private:
+    Hooks m_hooks;
     ApplicationDelegate* m_delegate = nullptr;
+    bool m_ending = false;
     std::vector<std::string>& m_events;
 };
 
-/// Answers alerts from a script; without one, with the first button. Records "alert
-/// <header>|<message>".
+/// Answers alerts as the user does while they are open (`whileOpen`), else from a script, else with
+/// the first button. Records "alert <header>|<message>".
 class MemoryAlertRunner final : public AlertRunner {
 public:
     explicit MemoryAlertRunner(std::vector<std::string>& events)
         : m_events(events)
     {
     }
-    int runModal(const Alert& alert) override
-    {
-        m_events.push_back("alert " + alert.messageText + "|" + alert.informativeText);
-        shown.push_back(alert);
-        if (whileOpen)
-            whileOpen();
-        if (answers.empty())
-            return alertFirstButtonReturn;
-        const int answer = answers.front();
-        answers.pop_front();
-        return answer;
-    }
+    int runModal(const Alert& alert) override;
+
+    /// What the user does to the open alert; false when it has no such button or key.
+    bool press(std::string_view title);
+    /// A key: "\r" for Return, else one character.
+    bool pressKey(std::string_view key);
+    /// Presses Esc, or closes the alert's window.
+    void leave();
+    bool isOpen() const { return !m_open.empty() && !m_open.back().response; }
 
     std::deque<int> answers;
     std::vector<Alert> shown;
     std::function<void()> whileOpen;
 
 private:
+    struct Open {
+        const Alert& alert;
+        std::optional<int> response;
+    };
+    bool respond(std::optional<std::size_t> button);
+
+    // An alert may open another.
+    std::vector<Open> m_open;
     std::vector<std::string>& m_events;
 };
 

@@ -3,8 +3,33 @@
 
 #include <algorithm>
 #include <set>
+#include <utility>
 
 namespace zarn::memory {
+
+void MemoryTextField::takeFocus()
+{
+    if (!m_focus)
+        return;
+    auto* const before = std::exchange(m_focus->field, this);
+    if (before && before != this)
+        before->endEditing();
+}
+
+std::string MemoryTextView::shownText() const
+{
+    std::string result;
+    for (const auto& run : m_text)
+        result += run.text;
+    return result;
+}
+
+std::optional<std::string> MemoryTextView::linkOf(std::string_view text) const
+{
+    const auto run = std::find_if(
+        m_text.begin(), m_text.end(), [&](const TextRun& each) { return each.text == text; });
+    return run == m_text.end() ? std::nullopt : run->link;
+}
 
 void MemoryPopUpButton::removeAllItems()
 {

@@ -71,6 +71,13 @@ private:
     std::string m_text;
 };
 
+class MemoryTextField;
+
+/// Where the keyboard focus of a window is.
+struct MemoryFocus {
+    MemoryTextField* field = nullptr;
+};
+
 /// A plain or a secure text field: the code above sees no difference.
 class MemoryTextField final : public MemoryControlOf<TextField> {
 public:
@@ -95,8 +102,12 @@ public:
     {
         record("first responder");
         ++timesFirstResponder;
+        takeFocus();
     }
 
+    void shareFocus(MemoryFocus& focus) { m_focus = &focus; }
+    /// The keyboard focus comes here from wherever it was in the window.
+    void takeFocus();
     /// The field loses the keyboard focus.
     void endEditing()
     {
@@ -106,17 +117,23 @@ public:
     /// The user types a text in place of what stood there.
     void type(std::string_view text) { m_text = text; }
     TextFieldDelegate* delegate() const { return m_delegate; }
+    /// What stands on the screen.
+    std::string shownText() const { return isSecure ? std::string(m_text.size(), '*') : m_text; }
 
     int timesFirstResponder = 0;
+    bool isSecure = false;
 
 private:
     std::string m_text;
     bool m_editable = true;
     TextFieldDelegate* m_delegate = nullptr;
+    MemoryFocus* m_focus = nullptr;
 };
 
 class MemoryButton final : public MemoryControlOf<Button> {
 public:
+    enum class Kind { Push, CheckBox, Disclosure };
+
     void setTitle(std::string_view title) override
     {
         record("titled " + std::string(title));
@@ -126,7 +143,8 @@ public:
     void setState(int state) override
     {
         record("state " + std::to_string(state));
-        m_state = state;
+        const bool isTwoState = kind == Kind::CheckBox && !allowsMixedState;
+        m_state = isTwoState && state != 0 ? 1 : state;
     }
     int state() const override { return m_state; }
     void setImage(ImageName image) override
@@ -142,8 +160,16 @@ public:
     }
     std::string toolTip() const override { return m_toolTip; }
 
-    /// The user flips a check box or disclosure button.
-    void flip() { m_state = m_state == 0 ? 1 : 0; }
+    /// The user clicks: a check box or disclosure button flips.
+    void flip()
+    {
+        if (kind != Kind::Push)
+            m_state = m_state == 0 ? 1 : 0;
+    }
+
+    Kind kind = Kind::Push;
+    /// A check box with more states than on and off, as other backends may have them.
+    bool allowsMixedState = false;
 
 private:
     std::string m_title;
@@ -245,6 +271,11 @@ public:
         ++timesFilled;
     }
     AttributedText attributedText() const override { return m_text; }
+
+    /// What stands on the screen.
+    std::string shownText() const;
+    /// The address that a click on this stretch of text opens.
+    std::optional<std::string> linkOf(std::string_view text) const;
 
     bool withTextStorage = true;
     int timesFilled = 0;

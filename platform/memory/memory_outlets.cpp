@@ -12,14 +12,37 @@ void layOutLogin(MemoryOutlets& outlets)
 {
     outlets.labelNamed("displayName_Label").setStringValue("Server:");
     outlets.labelNamed("serverURL_Label").setStringValue("Server URL:");
+    outlets.labelNamed("username_label").setStringValue("Client ID:");
+    outlets.labelNamed("password_label").setStringValue("Client Secret:");
     outlets.fieldNamed("displayName_TextField").setHidden(true);
     outlets.fieldNamed("zarnProServer_textfield").setEditable(false);
     outlets.fieldNamed("zarnProServer_textfield").interfaceIdentifier = "server";
     outlets.fieldNamed("zarnProUsername_textfield").interfaceIdentifier = "username";
+    outlets.fieldNamed("zarnProPassword_textfield").isSecure = true;
+    outlets.buttonNamed("hideCreds_button").kind = MemoryButton::Kind::Disclosure;
     outlets.buttonNamed("quit_Button").setTitle("Quit");
     outlets.buttonNamed("updateServerInfo_Button").setTitle("Set");
-    outlets.buttonNamed("useUsername_button").setTitle("Use username and password");
-    outlets.buttonNamed("saveCreds_button").setTitle("Save credentials");
+    for (const auto& [name, title] : {std::pair{"useUsername_button", "Use username and password"},
+             std::pair{"saveCreds_button", "Save credentials"}}) {
+        outlets.buttonNamed(name).setTitle(title);
+        outlets.buttonNamed(name).kind = MemoryButton::Kind::CheckBox;
+    }
+}
+
+void layOutAbout(MemoryOutlets& outlets)
+{
+    outlets.imageViewNamed("about_image");
+    outlets.labelNamed("appName_textfield");
+    outlets.labelNamed("version_textfield");
+    outlets.textViewNamed("license_textfield");
+}
+
+void layOutTerms(MemoryOutlets& outlets)
+{
+    outlets.imageViewNamed("icon_ImageView");
+    outlets.textViewNamed("termsOfUse_TextView");
+    outlets.buttonNamed("exit_Button").setTitle("Exit");
+    outlets.buttonNamed("accept_Button").setTitle("Accept");
 }
 
 } // namespace
@@ -41,12 +64,14 @@ void MemoryOutlets::recordInto(std::vector<std::string>* events)
 
 void layOut(std::string_view customClass, MemoryOutlets& outlets)
 {
-    if (customClass == "LoginVC") {
+    if (customClass == "LoginVC")
         layOutLogin(outlets);
-    } else if (customClass == "ToUVC") {
-        outlets.buttonNamed("exit_Button").setTitle("Exit");
-        outlets.buttonNamed("accept_Button").setTitle("Accept");
-    }
+    else if (customClass == "AboutVC")
+        layOutAbout(outlets);
+    else if (customClass == "ToUVC")
+        layOutTerms(outlets);
+    outlets.hasServerMenu = customClass == "LoginVC";
+    outlets.isLaidOut = true;
 }
 
 std::string_view actionOfButton(std::string_view name)

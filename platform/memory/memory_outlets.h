@@ -10,11 +10,13 @@
 #include <set>
 #include <string>
 #include <string_view>
+#include <type_traits>
 #include <vector>
 
 namespace zarn::memory {
 
-/// Makes a control for every name that is asked for, except those that are missing on purpose.
+/// The controls of one view. Until it is laid out, there is a control for every name that is asked
+/// for; some can be missing on purpose.
 class MemoryOutlets final : public OutletSource {
 public:
     Label* label(std::string_view name) override { return find(labels, name); }
@@ -22,19 +24,19 @@ public:
     Button* button(std::string_view name) override { return find(buttons, name); }
     PopUpButton* popUpButton(std::string_view name) override
     {
-        return missing.contains(name) ? nullptr : &popUp;
+        return isThere(name, "selectServer_Button") ? &popUp : nullptr;
     }
     PopUpButtonCell* popUpButtonCell(std::string_view name) override
     {
-        return missing.contains(name) ? nullptr : &cell;
+        return isThere(name, "selectedServer_ButtonCell") ? &cell : nullptr;
     }
     Menu* menu(std::string_view name) override
     {
-        return missing.contains(name) ? nullptr : &popUpMenu;
+        return isThere(name, "selectServer_Menu") ? &popUpMenu : nullptr;
     }
     ProgressIndicator* progressIndicator(std::string_view name) override
     {
-        return missing.contains(name) ? nullptr : &spinner;
+        return isThere(name, "spinner_PI") ? &spinner : nullptr;
     }
     ImageView* imageView(std::string_view name) override { return find(imageViews, name); }
     TextView* textView(std::string_view name) override { return find(textViews, name); }
@@ -60,22 +62,36 @@ public:
     MemoryMenu popUpMenu{popUp};
     MemoryProgressIndicator spinner;
     std::set<std::string, std::less<>> missing;
+    MemoryFocus focus;
+    /// From now on there are no other controls than those made so far.
+    bool isLaidOut = false;
+    /// The pop-up button and the spinner are there too.
+    bool hasServerMenu = true;
 
 private:
+    bool isThere(std::string_view name, std::string_view wanted) const
+    {
+        return !missing.contains(name) && (!isLaidOut || (hasServerMenu && name == wanted));
+    }
     template <typename T> T& made(Controls<T>& controls, std::string_view name)
     {
         auto& control = controls[std::string(name)];
-        if (!control)
+        if (!control) {
             control = std::make_unique<T>();
+            if constexpr (std::is_same_v<T, MemoryTextField>)
+                control->shareFocus(focus);
+        }
         return *control;
     }
     template <typename T> T* find(Controls<T>& controls, std::string_view name)
     {
-        return missing.contains(name) ? nullptr : &made(controls, name);
+        const bool isMissing = missing.contains(name) || (isLaidOut && !controls.contains(name));
+        return isMissing ? nullptr : &made(controls, name);
     }
 };
 
-/// Puts the controls of a view into the state that the storyboard gives them: "LoginVC" or "ToUVC".
+/// Makes the controls of a view in the state that the storyboard gives them: "LoginVC", "AboutVC"
+/// or "ToUVC".
 void layOut(std::string_view customClass, MemoryOutlets& outlets);
 
 /// The action that the storyboard connects to a button, or "".

@@ -31,7 +31,13 @@ struct MemoryPlatform {
 
     std::vector<std::string> events;
     MemoryAlertRunner alertRunner{events};
-    MemoryApplication application{events};
+    MemoryApplication application{events,
+        {[this] {
+             auto& main = storyboards.main;
+             main.showWindow(main.instantiateInitialController());
+         },
+            [this] { return storyboards.main.windows(); },
+            [this] { storyboards.main.closeAll(); }}};
     MemoryBundle bundle;
     MemoryClock clock;
     MemoryConsole console;

@@ -1,6 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/memory/memory_storyboard.h"
 
+#include "platform/fatal.h"
+
+#include <algorithm>
+#include <utility>
+
 namespace zarn::memory {
 
 void MemoryView::setPreferredContentSize(int newWidth, int newHeight)
@@ -31,16 +36,14 @@ bool MemoryWindowController::click(std::string_view name)
     auto& button = outlets.buttonNamed(name);
     if (!controller || action.empty() || button.isHidden() || !button.isEnabled())
         return false;
-    if (action == "hideCreds_action" || action == "useUsername_action"
-        || action == "saveCredentials_Action")
-        button.flip();
+    button.flip();
     return controller->performAction(action, &button);
 }
 
 bool MemoryWindowController::choose(std::string_view title)
 {
-    return controller && !outlets.popUp.isHidden() && outlets.popUp.choose(title)
-        && controller->performAction("selectServer_Action", nullptr);
+    return controller && !outlets.popUp.isHidden() && outlets.popUp.isEnabled()
+        && outlets.popUp.choose(title) && controller->performAction("selectServer_Action", nullptr);
 }
 
 bool MemoryWindowController::type(std::string_view name, std::string_view text)
@@ -50,6 +53,35 @@ bool MemoryWindowController::type(std::string_view name, std::string_view text)
         return false;
     field.type(text);
     return true;
+}
+
+bool MemoryWindowController::moveFocus(std::string_view name)
+{
+    if (auto* field = outlets.textField(name)) {
+        if (field->isHidden() || !field->isEnabled())
+            return false;
+        outlets.fieldNamed(name).takeFocus();
+        return true;
+    }
+    const auto* button = outlets.button(name);
+    if (!button || button->isHidden() || !button->isEnabled())
+        return false;
+    if (auto* const before = std::exchange(outlets.focus.field, nullptr))
+        before->endEditing();
+    return true;
+}
+
+void MemoryWindowController::typeKeys(std::string_view text)
+{
+    auto* const field = outlets.focus.field;
+    if (field && field->isEditable())
+        field->type(field->stringValue() + std::string(text));
+}
+
+void MemoryWindowController::pressReturn()
+{
+    if (outlets.focus.field)
+        outlets.focus.field->endEditing();
 }
 
 std::unique_ptr<MemoryWindowController> MemoryStoryboard::load(
@@ -81,8 +113,9 @@ std::unique_ptr<WindowController> MemoryStoryboard::instantiateInitialController
 {
     auto initial = load("LoginVC", "Zarn Actions");
     initial->view.onSegue = [this](std::string_view identifier) {
-        if (identifier == "termsOfUse")
-            presentTerms();
+        if (identifier != "termsOfUse")
+            fatalError("storyboard \"Main\" has no segue \"" + std::string(identifier) + "\"");
+        presentTerms();
     };
     return initial;
 }
@@ -103,21 +136,77 @@ void MemoryStoryboard::presentTerms()
 void MemoryStoryboard::showWindow(std::unique_ptr<WindowController> controller)
 {
     shown.emplace_back(static_cast<MemoryWindowController*>(controller.release()));
-    m_events.push_back("show " + shown.back()->ownWindow.title());
-    if (auto* view = shown.back()->controller.get()) {
+    auto& window = *shown.back();
+    window.view.onDismiss = [this, &window] { dismiss(window); };
+    m_events.push_back("show " + window.ownWindow.title());
+    if (auto* view = window.controller.get()) {
         view->viewWillAppear();
         view->viewDidAppear();
     }
 }
 
-void MemoryStoryboard::close(std::size_t index)
+std::unique_ptr<MemoryWindowController> MemoryStoryboard::takeOffScreen(std::size_t index)
 {
-    const auto closing = std::move(shown.at(index));
+    auto closing = std::move(shown.at(index));
     shown.erase(shown.begin() + static_cast<std::ptrdiff_t>(index));
     if (closing->controller)
         closing->controller->viewWillDisappear();
+    return closing;
+}
+
+void MemoryStoryboard::close(std::size_t index)
+{
+    const auto closing = takeOffScreen(index);
     if (shown.empty() && onLastWindowClosed)
         onLastWindowClosed();
+}
+
+void MemoryStoryboard::dismiss(const MemoryWindowController& window)
+{
+    const auto it = std::find_if(
+        shown.begin(), shown.end(), [&](const auto& entry) { return entry.get() == &window; });
+    if (it == shown.end())
+        return;
+    m_dismissed.push_back(takeOffScreen(static_cast<std::size_t>(it - shown.begin())));
+    if (shown.empty() && onLastWindowClosed)
+        onLastWindowClosed();
+}
+
+bool MemoryStoryboard::closeByUser(std::string_view title)
+{
+    if (m_terms && m_terms->ownWindow.title() == title) {
+        const bool lets = (m_terms->ownWindow.styleMask() & window_style::closable) != 0;
+        if (lets)
+            m_terms->view.onDismiss();
+        return lets;
+    }
+    for (std::size_t i = shown.size(); i-- > 0;) {
+        const auto& window = shown[i]->ownWindow;
+        if (window.title() != title)
+            continue;
+        if ((window.styleMask() & window_style::closable) == 0)
+            return false;
+        close(i);
+        return true;
+    }
+    return false;
+}
+
+std::vector<Window*> MemoryStoryboard::windows() const
+{
+    std::vector<Window*> result;
+    for (const auto& window : shown)
+        result.push_back(&window->ownWindow);
+    if (m_terms)
+        result.push_back(&m_terms->ownWindow);
+    return result;
+}
+
+void MemoryStoryboard::closeAll()
+{
+    m_terms.reset();
+    shown.clear();
+    m_dismissed.clear();
 }
 
 } // namespace zarn::memory

@@ -69,6 +69,12 @@ public:
     [[nodiscard]] bool type(std::string_view name, std::string_view text);
     /// The keyboard focus leaves a field.
     void leave(std::string_view name) { outlets.fieldNamed(name).endEditing(); }
+    /// Moves the keyboard focus to a control; false when that one is hidden or disabled.
+    [[nodiscard]] bool moveFocus(std::string_view name);
+    /// Types at the end of the field that has the keyboard focus.
+    void typeKeys(std::string_view text);
+    /// Presses Return, which stays in the field.
+    void pressReturn();
 
     bool withoutWindow = false;
     MemoryWindow ownWindow;
@@ -95,6 +101,14 @@ public:
 
     /// Closes a shown window and ends its controller. Closing the last one is told.
     void close(std::size_t index);
+    /// The user closes the window of that title; false when its style mask does not let him.
+    [[nodiscard]] bool closeByUser(std::string_view title);
+    /// The windows on screen, in the order in which they were shown.
+    std::vector<Window*> windows() const;
+    /// Control is back in the event loop: controllers that were dismissed end.
+    void endDismissed() { m_dismissed.clear(); }
+    /// The program ends: every window goes without a word.
+    void closeAll();
     /// The terms-of-use view while it is presented, else nullptr.
     MemoryWindowController* terms() const { return m_terms.get(); }
 
@@ -109,6 +123,8 @@ private:
     std::unique_ptr<MemoryWindowController> load(
         std::string_view customClass, const std::string& title);
     void presentTerms();
+    std::unique_ptr<MemoryWindowController> takeOffScreen(std::size_t index);
+    void dismiss(const MemoryWindowController& window);
 
     ViewControllerFactory m_factory;
     std::vector<std::string>& m_events;

@@ -119,7 +119,7 @@ TEST_F(AppDelegateTest, WithSuchAWindowTheFirstOwnAboutWindowIsRaisedAndNoOther)
     memory::MemoryWindow other("Zarn Actions", events());
     memory::MemoryWindow firstAbout("About", events());
     memory::MemoryWindow secondAbout("About", events());
-    platform.application.openWindows = {&other, &firstAbout, &secondAbout};
+    platform.application.openWindows = std::vector<Window*>{&other, &firstAbout, &secondAbout};
     platform.windowList.records = {{{"Zarn Print Desk", "About"}}};
     menu("showAbout");
     EXPECT_EQ(events(), (std::vector<std::string>{"front About"}));

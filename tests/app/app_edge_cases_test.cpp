@@ -33,7 +33,6 @@ TEST_F(MenuEdgeCases, WithAnAboutWindowOfZarnPrintDeskAndNoneOfItsOwnAboutShowsN
 {
     agreeToTerms();
     start();
-    platform.application.openWindows = {&mainWindow().ownWindow};
     platform.windowList.records = {{{"Zarn Print Desk", "About"}}};
     events().clear();
     menu("showAbout");
@@ -58,7 +57,6 @@ TEST_F(MenuEdgeCases, ClosingTheMainWindowQuitsTheApplication)
     agreeToTerms();
     platform.application.whileRunning = [this] {
         auto& storyboard = platform.storyboards.main;
-        storyboard.showWindow(storyboard.instantiateInitialController());
         menu("showAbout");
         storyboard.close(1);
         EXPECT_EQ(countOf(events(), "terminate"), 0);

@@ -165,8 +165,6 @@ TEST_F(WholeAppTest, RunningHandsTheControllersToTheStoryboardAndAnswersTheLoops
     bool ran = false;
     platform.application.whileRunning = [&] {
         ran = true;
-        auto& storyboard = platform.storyboards.main;
-        storyboard.showWindow(storyboard.instantiateInitialController());
         EXPECT_NE(mainWindow().controller, nullptr);
     };
     EXPECT_EQ(app().run(), 0);

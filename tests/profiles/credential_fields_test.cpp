@@ -155,6 +155,7 @@ TEST_F(CredentialFieldsTest, SwitchingTheModeRelabelsStoresAndRefillsInThisOrder
 
 TEST_F(CredentialFieldsTest, AMixedCheckBoxCountsAsApiClient)
 {
+    button("useUsername_button").allowsMixedState = true;
     button("useUsername_button").setState(-1);
     login->performAction("useUsername_action", nullptr);
     EXPECT_EQ(connection.useUsernameState, -1);
@@ -247,6 +248,7 @@ TEST_F(CredentialFieldsTest, NothingHereWritesToTheKeychainOrTheLog)
 
 TEST_F(CredentialFieldsTest, OnlyTheStateOneCountsAsSavingCredentials)
 {
+    button("saveCreds_button").allowsMixedState = true;
     for (const int state : {1, 0, -1, 2}) {
         button("saveCreds_button").setState(state);
         login->performAction("saveCredentials_Action", nullptr);

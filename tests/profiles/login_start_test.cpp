@@ -158,10 +158,10 @@ TEST_F(LoginStartTest, TheCredentialModeComesFromItsSetting)
     } rows[] = {
         {0, "[viewDidLoad] username: 0", 1, "Client ID:", "Client Secret:"},
         {1, "[viewDidLoad] username: 1", 0, "Username:", "Password:"},
-        {2, "[viewDidLoad] username: 2", 0, "Client ID:", "Client Secret:"},
-        {-1, "[viewDidLoad] username: -1", 0, "Client ID:", "Client Secret:"},
-        {std::int64_t{1} << 32, "[viewDidLoad] username: 4294967296", 0,
-            "Client ID:", "Client Secret:"},
+        // The check box is on for any number but 0.
+        {2, "[viewDidLoad] username: 2", 0, "Username:", "Password:"},
+        {-1, "[viewDidLoad] username: -1", 0, "Username:", "Password:"},
+        {std::int64_t{1} << 32, "[viewDidLoad] username: 4294967296", 0, "Username:", "Password:"},
     };
     for (const auto& row : rows) {
         storeProfile("A", "https://a");
