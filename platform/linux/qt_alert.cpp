@@ -52,6 +52,16 @@ QLabel* makeIcon(QWidget* parent)
     return label;
 }
 
+// Return presses the first button unless another claims it.
+std::size_t returnButton(const Alert& alert)
+{
+    for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
+        if (alert.buttons[i].keyEquivalent == "\r")
+            return i;
+    }
+    return 0;
+}
+
 void addButtons(const Alert& alert, QDialog& dialog, QHBoxLayout& row)
 {
     row.addStretch();
@@ -60,9 +70,9 @@ void addButtons(const Alert& alert, QDialog& dialog, QHBoxLayout& row)
         const auto& description = alert.buttons[i];
         auto* button = new QPushButton(
             QString::fromStdString(description.title).replace('&', "&&"), &dialog);
-        // Return presses the first button wherever the focus is; Space presses the focused one.
+        // Return presses its button wherever the focus is; Space presses the focused one.
         button->setAutoDefault(false);
-        button->setDefault(i == 0);
+        button->setDefault(i == returnButton(alert));
         QObject::connect(
             button, &QPushButton::clicked, &dialog, [&dialog, i] { dialog.done(responseOf(i)); });
         row.addWidget(button);

@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/qt_alert.h"
+#include "platform/linux/qt_application.h"
+#include "tests/contract/linux/qt_alerts.h"
+
+#include <QApplication>
+#include <QClipboard>
+#include <QDialog>
+#include <QLabel>
+#include <QTest>
+
+namespace zarn {
+namespace {
+
+using namespace linux_backend;
+
+struct Owned {
+    char name[14] = "contract_test";
+    char* arguments[2] = {name, nullptr};
+    int count = 1;
+    QtApplication application{count, arguments, [](const std::string&) {}};
+    QtAlertRunner alerts{[this] { return application.isEnding(); }};
+};
+
+class OwningAlertFixture final : Owned, public QtAlertFixture {
+public:
+    OwningAlertFixture()
+        : QtAlertFixture(alerts)
+    {
+    }
+};
+
+INSTANTIATE_TEST_SUITE_P(Qt, AlertContract,
+    testing::Values(AlertBackend{"qt", [] { return std::make_unique<OwningAlertFixture>(); }}),
+    [](const auto& backend) { return backend.param.name; });
+
+TEST(QtAlertTest, BothTextsCanBeSelectedAndCopied)
+{
+    OwningAlertFixture fixture;
+    const Alert alert{"The header", "The message", AlertStyle::Warning, {{"OK", ""}}};
+    std::vector<std::string> copied;
+    fixture.whenOpen([&] {
+        for (auto* label : openAlert()->findChildren<QLabel*>()) {
+            if (label->text().isEmpty())
+                continue;
+            QTest::mouseClick(label, Qt::LeftButton);
+            QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
+            QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
+            copied.push_back(QApplication::clipboard()->text().toStdString());
+        }
+        fixture.press("OK");
+    });
+    fixture.runner().runModal(alert);
+    EXPECT_EQ(copied, (std::vector<std::string>{"The header", "The message"}));
+}
+
+TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndAnswersAsEscapeWould)
+{
+    char name[] = "contract_test";
+    char* arguments[] = {name, nullptr};
+    int count = 1;
+    QtApplication application(count, arguments, [](const std::string&) {});
+    QtAlertRunner alerts([] { return true; });
+    const Alert question{"", "Remove it?", AlertStyle::Warning, {{"Remove", ""}, {"Cancel", ""}}};
+    const Alert notice{"", "Done", AlertStyle::Warning, {{"OK", ""}, {"Quit", ""}}};
+    EXPECT_EQ(alerts.runModal(question), 1001);
+    EXPECT_EQ(alerts.runModal(notice), 1000);
+}
+
+} // namespace
+} // namespace zarn
