@@ -24,6 +24,13 @@ TEST(BundleTexts, EncodesEverythingButLettersAndDigitsInTheUserAgent)
     EXPECT_EQ(BundleTexts(bundle).userAgentText(), "Zarn%20Actions%5F2%2E%C3%A4/1.4.2");
 }
 
+TEST(BundleTexts, EveryLetterAndDigitStaysAndTheirNeighboursAreEncoded)
+{
+    memory::MemoryBundle bundle;
+    (*bundle.info)["CFBundleExecutable"] = "/09:@AZ[`az{";
+    EXPECT_EQ(BundleTexts(bundle).userAgentText(), "%2F09%3A%40AZ%5B%60az%7B/1.4.2");
+}
+
 TEST(BundleTexts, EachTextIsReadOnce)
 {
     memory::MemoryBundle bundle;

@@ -68,6 +68,7 @@ TEST_F(VersionCheckTest, ParsesItsOwnVersion)
     EXPECT_EQ(parseAppVersion("1.5.0b"), (AppVersion{1, 5, 0, false, 0}));
     EXPECT_EQ(parseAppVersion("1..5.0"), (AppVersion{1, 5, 0, false, 0}));
     EXPECT_EQ(parseAppVersion("10.20.30.40"), (AppVersion{10, 20, 30, false, 0}));
+    EXPECT_EQ(parseAppVersion("+1.-2.3b+4"), (AppVersion{1, -2, 3, true, 4}));
 }
 
 TEST_F(VersionCheckTest, EveryStatusOutsideTheTwoHundredsIsNoUpdate)
@@ -115,7 +116,7 @@ using VersionCheckDeathTest = VersionCheckTest;
 TEST_F(VersionCheckDeathTest, AMalformedVersionOfItsOwnStopsTheProcess)
 {
     for (const char* version : {"1.2", "", "1", "1.2.", "1.2.b", "x.2.3", "1.x.3", "1.2.x",
-             "1.2.3bx", "1.2.99999999999999999999", "1.2.3 "}) {
+             "1.2.3bx", "1.2.99999999999999999999", "1.2.3 ", "+-1.2.3", "1.++2.3", "1.2.+"}) {
         (*bundle.info)["CFBundleShortVersionString"] = version;
         EXPECT_DEATH(check(), "fatal: malformed application version") << version;
     }
