@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The log line of a step stands at its place among the changes of the connection state.
 #include "tests/api/api_fixture.h"
+#include "tests/log/watching_clock.h"
 
 #include <iterator>
 
@@ -8,23 +9,6 @@ namespace zarn {
 namespace {
 
 using Lines = std::vector<std::string>;
-
-/// Whoever asks for the time lets it look at the state first: each log line does.
-class WatchingClock final : public Clock {
-public:
-    explicit WatchingClock(std::function<void()> look)
-        : m_look(std::move(look))
-    {
-    }
-    Date now() const override
-    {
-        m_look();
-        return memory::MemoryClock().now();
-    }
-
-private:
-    std::function<void()> m_look;
-};
 
 class StateOrderTest : public ApiFixture {
 protected:

@@ -88,6 +88,21 @@ TEST_F(AboutTest, ADisappearedPanelNoLongerObserves)
     switchTo("Dark"); // Nobody is left to hear it.
 }
 
+TEST_F(AboutTest, AHiddenPanelThatIsStillThereNoLongerFollowsTheTheme)
+{
+    auto& about = openAbout();
+    about.controller->viewWillDisappear();
+    EXPECT_EQ(platform.notificationCenter.observerCount(), 0U);
+    switchTo("Dark");
+    EXPECT_EQ(about.view.alpha, 0.2);
+}
+
+TEST_F(AboutTest, TheNoticeIsFilledInByThePaintingAndOnceMoreAtTheEndOfLoading)
+{
+    auto& about = openAbout();
+    EXPECT_EQ(about.outlets.textViewNamed("license_textfield").timesFilled, 2);
+}
+
 TEST_F(AboutTest, APanelThatWasNeverShownLeavesNoObserverBehind)
 {
     platform.windowList.records = {{{"Zarn Print Desk", "About"}}};

@@ -67,6 +67,8 @@ TEST_F(MyAlertTest, AnUpdateIsOfferedWithViewAndIgnore)
     EXPECT_EQ(lastAlert().informativeText, "A new versions is available.");
     EXPECT_EQ(lastAlert().style, AlertStyle::Informational);
     EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"View", "Ignore"}));
+    for (const auto& button : lastAlert().buttons)
+        EXPECT_EQ(button.keyEquivalent, "") << button.title;
     EXPECT_TRUE(platform.workspace.openedUrls.empty()); // "Ignore" does nothing.
     // Not brought to the front: the check was asked for here.
     EXPECT_EQ(events(),
@@ -95,6 +97,10 @@ TEST_F(MyAlertTest, NoUpdateIsToldWithOkAlone)
     EXPECT_EQ(lastAlert().informativeText, "No updates are currently available.");
     EXPECT_EQ(lastAlert().style, AlertStyle::Informational);
     EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"OK"}));
+    EXPECT_EQ(lastAlert().buttons[0].keyEquivalent, "");
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{
+            "alert Running Zarn Actions: 1.4.2|No updates are currently available."}));
     EXPECT_TRUE(platform.workspace.openedUrls.empty());
 }
 

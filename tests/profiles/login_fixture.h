@@ -62,13 +62,15 @@ inline Value::Dictionary profileRecord(const std::string& server, double date)
 class LoginTest : public testing::Test {
 protected:
     /// Loads the view as the storyboard does; nothing is shown yet.
-    void load()
+    void load() { load(log); }
+    /// Loads it with another log for what its flows write.
+    void load(WriteToLog& flowLog)
     {
         memory::layOut("LoginVC", window.outlets);
-        auto made = std::make_unique<LoginVC>(
-            LoginVC::Deps{connection, domains, platform.clock, platform.textServices, logFile, log,
-                alerts, platform.application, platform.console, platform.notificationCenter,
-                [this] { return makeCredentials(); }, [this] { return makeTokenDelegate(); }});
+        auto made = std::make_unique<LoginVC>(LoginVC::Deps{connection, domains, platform.clock,
+            platform.textServices, logFile, flowLog, alerts, platform.application, platform.console,
+            platform.notificationCenter, [this] { return makeCredentials(); },
+            [this] { return makeTokenDelegate(); }});
         login = made.get();
         window.controller = std::move(made);
         login->setView(&window.view);

@@ -2,6 +2,7 @@
 // What counts is what was asked, whatever the user does to the fields while the server thinks.
 #include "platform/base64.h"
 #include "profiles/server_update.h"
+#include "tests/log/watching_clock.h"
 #include "tests/profiles/flow_fixture.h"
 
 namespace zarn {
@@ -114,6 +115,37 @@ TEST_F(ServerUpdateWaitingTest, AFailureNamesTheHostThatWasAsked)
     answer(403);
     EXPECT_EQ(logMessages().back(),
         "LoginVC.updateServerInfo] Failed to authenticate to a.  Response error: 403.");
+}
+
+class FailureOrderTest : public FlowTest {
+protected:
+    WatchingClock watching{[this] { events().push_back("log line"); }};
+    LogFile watchedFile{{platform.fileManager, watching, platform.dateFormatter}};
+    WriteToLog watchedLog{watchedFile};
+};
+
+TEST_F(FailureOrderTest, TheServerFieldIsFreedThenTheFailureLoggedThenShown)
+{
+    watchedFile.startNewLogFile();
+    load(watchedLog);
+    fillInNewServer("New", "https://new");
+    const struct {
+        int status;
+        const char* alert;
+    } rows[] = {{0, "alert |Failed to connect to new|Quit"},
+        {401, "alert |Failed to authenticate. HTTP status code: 401|Quit"}};
+    for (const auto& row : rows) {
+        press();
+        if (row.status == 0)
+            platform.urlSessions.replyNothing();
+        else
+            platform.urlSessions.reply(row.status, "");
+        recordControls();
+        platform.urlSessions.deliverAll();
+        EXPECT_EQ(events(),
+            (std::vector<std::string>{"zarnProServer_textfield editable", "log line", row.alert,
+                "updateServerInfo_Button enabled", "spinner_PI stop", "quit_Button enabled"}));
+    }
 }
 
 } // namespace
