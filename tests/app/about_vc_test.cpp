@@ -97,10 +97,19 @@ TEST_F(AboutTest, AHiddenPanelThatIsStillThereNoLongerFollowsTheTheme)
     EXPECT_EQ(about.view.alpha, 0.2);
 }
 
-TEST_F(AboutTest, TheNoticeIsFilledInByThePaintingAndOnceMoreAtTheEndOfLoading)
+TEST_F(AboutTest, LoadingPaintsThenFillsInIconNameVersionAndNotice)
 {
-    auto& about = openAbout();
-    EXPECT_EQ(about.outlets.textViewNamed("license_textfield").timesFilled, 2);
+    memory::MemoryWindowController about("About", events());
+    about.controller = app().makeViewController("AboutVC");
+    about.controller->setView(&about.view);
+    about.controller->connectOutlets(about.outlets);
+    about.outlets.recordInto(&events());
+    events().clear();
+    about.controller->viewDidLoad();
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{"license_textfield filled", "about_image image",
+            "appName_textfield = Zarn Actions", "version_textfield = Version 1.4.2 (57)",
+            "license_textfield filled"}));
 }
 
 TEST_F(AboutTest, APanelThatWasNeverShownLeavesNoObserverBehind)

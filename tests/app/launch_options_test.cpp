@@ -69,6 +69,7 @@ TEST(LaunchOptionsTest, WhatIsUnknownIsRefusedByName)
         {{"--foo"}, "unknown option '--foo' (see --help)"},
         {{"--help", "--foo"}, "unknown option '--foo' (see --help)"},
         {{"file.txt"}, "unknown option 'file.txt' (see --help)"},
+        {{"--a b~\x7f"}, "unknown option '--a b~?' (see --help)"},
         {{""}, "unknown option '' (see --help)"},
         {{"-"}, "unknown option '-' (see --help)"},
         {{"--"}, "unknown option '--' (see --help)"},
@@ -97,6 +98,7 @@ TEST(LaunchOptionsTest, TheHelpNamesEveryOptionAndTheChoiceOfKeychain)
         {"--help", "--version", "--diagnose", "--keychain=secret-service", "--keychain=file",
             "-KEY VALUE", "one line on standard error says so", "protected by file permissions"})
         EXPECT_NE(launchHelp.find(text), std::string_view::npos) << text;
+    EXPECT_TRUE(launchHelp.starts_with("Usage: zarn-actions [OPTION]... [-KEY VALUE]...\n"));
     EXPECT_EQ(launchHelp.find("secure"), std::string_view::npos);
     EXPECT_EQ(launchHelp.back(), '\n');
 }

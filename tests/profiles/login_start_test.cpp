@@ -126,6 +126,29 @@ TEST_F(LoginStartTest, TheStepsOfAStartWithoutProfilesComeInTheirOrder)
         expected);
 }
 
+TEST_F(LoginStartTest, AStartWithoutACurrentProfileEmptiesTheFieldsAndThenListsTheNames)
+{
+    storeProfile("B", "https://b", 2);
+    storeProfile("A", "https://a", 1);
+    memory::layOut("LoginVC", window.outlets);
+    for (const auto* name :
+        {"zarnProServer_textfield", "zarnProUsername_textfield", "zarnProPassword_textfield"})
+        field(name).setStringValue("from the storyboard");
+    button("saveCreds_button");
+    recordControls();
+    load();
+    const std::vector<std::string> expected{"remove group.Q7X2M9K4TA.zarnactions currentServer",
+        "zarnProServer_textfield = ", "zarnProUsername_textfield = ",
+        "zarnProPassword_textfield = ", "selectServer_Button remove all",
+        "selectServer_Button add A", "selectServer_Button add B",
+        "selectServer_Button separator at 2", "selectServer_Button add Add Server...",
+        "selectServer_Button select none", "saveCreds_button state 0", "activate"};
+    ASSERT_GE(events().size(), expected.size());
+    EXPECT_EQ((std::vector<std::string>(
+                  events().end() - static_cast<std::ptrdiff_t>(expected.size()), events().end())),
+        expected);
+}
+
 TEST_F(LoginStartTest, TheThreeCredentialFieldsReportTheirEndOfEditing)
 {
     load();
