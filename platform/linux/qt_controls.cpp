@@ -16,7 +16,7 @@ QString toQt(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-// A button's "&" marks its shortcut key; a title has none.
+// The "&" of a button, and of a label that names a field, marks a shortcut key; a text has none.
 QString toQtTitle(std::string_view text)
 {
     return toQt(text).replace('&', "&&");
@@ -29,11 +29,11 @@ std::string fromQtTitle(QString text)
 
 void QtLabel::setStringValue(std::string_view text)
 {
-    widget().setText(toQt(text));
+    widget().setText(widget().buddy() ? toQtTitle(text) : toQt(text));
 }
 std::string QtLabel::stringValue() const
 {
-    return widget().text().toStdString();
+    return widget().buddy() ? fromQtTitle(widget().text()) : widget().text().toStdString();
 }
 
 QtTextField::QtTextField(QLineEdit* field)
@@ -169,10 +169,16 @@ QtProgressIndicator::QtProgressIndicator(QProgressBar* bar)
     bar->hide();
 }
 
+void QtProgressIndicator::setHidden(bool hidden)
+{
+    m_hidden = hidden;
+    widget().setVisible(m_animating && !m_hidden);
+}
+
 void QtProgressIndicator::startAnimation()
 {
     m_animating = true;
-    widget().show();
+    widget().setVisible(!m_hidden);
 }
 
 void QtProgressIndicator::stopAnimation()

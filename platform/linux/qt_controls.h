@@ -137,12 +137,16 @@ private:
 class QtProgressIndicator final : public QtControlOf<ProgressIndicator, QProgressBar> {
 public:
     explicit QtProgressIndicator(QProgressBar* bar);
+    /// On screen it is while it turns and is not hidden.
+    void setHidden(bool hidden) override;
+    bool isHidden() const override { return m_hidden; }
     void startAnimation() override;
     void stopAnimation() override;
     bool isAnimating() const override { return m_animating; }
 
 private:
     bool m_animating = false;
+    bool m_hidden = false;
 };
 
 class QtImageView final : public QtControlOf<ImageView, QLabel> {

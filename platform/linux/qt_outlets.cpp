@@ -10,10 +10,24 @@
 
 namespace zarn::linux_backend {
 
+// A control has its action whether a controller asks for it as an outlet or not.
 QtOutlets::QtOutlets(QWidget& form, Hooks hooks)
     : m_form(form)
     , m_hooks(std::move(hooks))
 {
+    for (const auto* widget : m_form.findChildren<QAbstractButton*>()) {
+        if (widget->property("action").isValid())
+            button(widget->objectName().toStdString());
+    }
+    popUp();
+}
+
+// The toolkit's label shows texts and images alike; the form says which one is for images.
+bool QtOutlets::isForImage(std::string_view name) const
+{
+    const auto* label = m_form.findChild<QLabel*>(
+        QString::fromUtf8(name.data(), static_cast<qsizetype>(name.size())));
+    return label && label->property("forImage").isValid();
 }
 
 template <typename T, typename Widget, typename... Arguments>
@@ -32,7 +46,7 @@ T* QtOutlets::find(Made<T>& made, std::string_view name, Arguments&&... argument
 
 Label* QtOutlets::label(std::string_view name)
 {
-    return find<QtLabel, QLabel>(m_labels, name);
+    return isForImage(name) ? nullptr : find<QtLabel, QLabel>(m_labels, name);
 }
 
 TextField* QtOutlets::textField(std::string_view name)
@@ -83,7 +97,7 @@ ProgressIndicator* QtOutlets::progressIndicator(std::string_view name)
 
 ImageView* QtOutlets::imageView(std::string_view name)
 {
-    return find<QtImageView, QLabel>(m_imageViews, name);
+    return isForImage(name) ? find<QtImageView, QLabel>(m_imageViews, name) : nullptr;
 }
 
 TextView* QtOutlets::textView(std::string_view name)

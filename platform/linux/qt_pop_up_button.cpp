@@ -55,13 +55,17 @@ void QtPopUpButton::removeAllItems()
 
 void QtPopUpButton::addItem(std::string_view title)
 {
-    if (const int existing = indexOf(title); existing >= 0)
+    const int existing = indexOf(title);
+    const bool movesTheChosenOne = existing >= 0 && existing == widget().currentIndex();
+    if (existing >= 0)
         widget().removeItem(existing);
     const bool wasEmpty = widget().count() == 0;
     const int selected = widget().currentIndex();
     widget().addItem(toQt(title));
     // The toolkit selects the first selectable item by itself; only the first of all is wanted.
-    if (!wasEmpty && selected < 0)
+    if (movesTheChosenOne)
+        widget().setCurrentIndex(widget().count() - 1);
+    else if (!wasEmpty && selected < 0)
         widget().setCurrentIndex(-1);
     showWholeTitle();
 }
@@ -83,8 +87,9 @@ void QtPopUpButton::addItems(const std::vector<std::string>& titles)
         }
     }
     widget().addItems(texts);
+    // The one that was first is chosen, wherever it moved.
     if (!texts.isEmpty())
-        widget().setCurrentIndex(0);
+        widget().setCurrentIndex(static_cast<int>(texts.indexOf(toQt(titles.front()))));
     showWholeTitle();
 }
 

@@ -50,6 +50,7 @@ private:
     T* find(std::map<std::string, std::unique_ptr<T>, std::less<>>& made, std::string_view name,
         Arguments&&... arguments);
     PopUp* popUp();
+    bool isForImage(std::string_view name) const;
 
     QWidget& m_form;
     Hooks m_hooks;

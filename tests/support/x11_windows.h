@@ -67,6 +67,12 @@ public:
                 return;
         }
     }
+    /// Only of a window on screen.
+    void takeFocus(xcb_window_t window)
+    {
+        xcb_set_input_focus(m_connection, XCB_INPUT_FOCUS_PARENT, window, XCB_CURRENT_TIME);
+        sync();
+    }
     void move(xcb_window_t window, int x, int y)
     {
         const std::int32_t place[] = {x, y};

@@ -2,6 +2,7 @@
 #include "platform/linux/qt_alert.h"
 #include "platform/linux/qt_application.h"
 #include "tests/contract/linux/qt_alerts.h"
+#include "tests/support/window_manager_environment.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -13,6 +14,8 @@ namespace zarn {
 namespace {
 
 using namespace linux_backend;
+
+const auto* const environment = testing::AddGlobalTestEnvironment(new WindowManagerEnvironment);
 
 struct Owned {
     char name[14] = "contract_test";
