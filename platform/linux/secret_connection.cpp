@@ -10,7 +10,6 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr auto serviceName = "org.freedesktop.secrets";
-constexpr auto servicePath = "/org/freedesktop/secrets";
 constexpr auto busName = "org.freedesktop.DBus";
 constexpr auto busPath = "/org/freedesktop/DBus";
 

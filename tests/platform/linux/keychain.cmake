@@ -20,3 +20,5 @@ add_test(NAME keychain_faults COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/keychain_faul
 set_tests_properties(keychain_faults PROPERTIES TIMEOUT 900 LABELS "security")
 add_test(NAME keychain_move COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/keychain_move.py" "${PROJECT_BINARY_DIR}")
 set_tests_properties(keychain_move PROPERTIES TIMEOUT 900 LABELS "security")
+add_test(NAME zarn_keychain_tool COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/zarn_keychain_test.py" "${PROJECT_BINARY_DIR}")
+set_tests_properties(zarn_keychain_tool PROPERTIES TIMEOUT 180)
