@@ -11,6 +11,8 @@
 #include "platform/workspace.h"
 #include "update/version_check.h"
 
+#include <algorithm>
+
 namespace zarn {
 
 bool AppDelegate::performMenuAction(std::string_view action)
@@ -42,7 +44,7 @@ void AppDelegate::showAbout()
     auto* storyboard = m_deps.storyboards.storyboard("Main");
     auto controller = storyboard ? storyboard->instantiateController("aboutWC") : nullptr;
     if (!controller)
-        fatalError("storyboard \"Main\" has no window controller \"aboutWC\"");
+        fatalError(R"(storyboard "Main" has no window controller "aboutWC")");
     if (!isWindowOnScreen("About")) {
         if (auto* window = controller->window())
             window->setHidesOnDeactivate(false);
@@ -64,11 +66,9 @@ bool AppDelegate::isWindowOnScreen(std::string_view title) const
     const auto records = m_deps.windowList.onScreen();
     if (!records)
         fatalError("the window server has no list of windows");
-    for (const auto& record : *records) {
-        if (record.ownerName == "Zarn Print Desk" && record.windowName == title)
-            return true;
-    }
-    return false;
+    return std::ranges::any_of(*records, [title](const WindowRecord& record) {
+        return record.ownerName == "Zarn Print Desk" && record.windowName == title;
+    });
 }
 
 void AppDelegate::showLogFolder()

@@ -24,7 +24,7 @@ AccountMap CredentialFields::retrieve(const std::string& host) const
     return m_deps.credentials()->retrieve(host);
 }
 
-void CredentialFields::setDisclosure(int value)
+void CredentialFields::setDisclosure(int value) const
 {
     m_deps.outlets.hideCreds_button->setImage(
         value != 0 ? ImageName::TouchBarGoDownTemplate : ImageName::RightFacingTriangleTemplate);

@@ -50,7 +50,7 @@ private:
     void usernameFieldDidEndEditing();
     std::string host() const;
     AccountMap retrieve(const std::string& host) const;
-    void setDisclosure(int value);
+    void setDisclosure(int value) const;
 
     Deps m_deps;
 };

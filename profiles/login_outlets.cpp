@@ -28,7 +28,7 @@ std::array<Control*, 6> LoginOutlets::credentialControls() const
         &password_label.get()};
 }
 
-void LoginOutlets::emptyCredentialFields()
+void LoginOutlets::emptyCredentialFields() const
 {
     zarnProServer_textfield->setStringValue("");
     zarnProUsername_textfield->setStringValue("");

@@ -33,7 +33,7 @@ struct LoginOutlets {
     void connect(OutletSource& source);
     /// The fields and labels that the disclosure button shows and hides.
     std::array<Control*, 6> credentialControls() const;
-    void emptyCredentialFields();
+    void emptyCredentialFields() const;
 };
 
 } // namespace zarn

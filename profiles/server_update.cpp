@@ -92,7 +92,7 @@ std::string ServerUpdate::succeed()
 }
 
 // Both entries are written whatever the save-credentials check box says: the actions need them.
-void ServerUpdate::saveSecrets()
+void ServerUpdate::saveSecrets() const
 {
     const auto& connection = m_deps.connection;
     m_deps.credentials()->save(

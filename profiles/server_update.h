@@ -53,7 +53,7 @@ private:
     bool offerHostAsDisplayName();
     void handleTokenResult(
         std::int64_t statusCode, const std::string& result, const ResultBox& resultBox);
-    void saveSecrets();
+    void saveSecrets() const;
     void saveProfile();
     std::string succeed();
     std::string failToConnect();

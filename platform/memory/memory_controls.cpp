@@ -38,11 +38,19 @@ void MemoryPopUpButton::removeAllItems()
     m_selected.reset();
 }
 
+std::vector<MemoryPopUpButton::Item>::const_iterator MemoryPopUpButton::find(
+    std::string_view title) const
+{
+    return std::ranges::find_if(
+        m_items, [title](const Item& item) { return !item.isSeparator && item.title == title; });
+}
+
 void MemoryPopUpButton::addItem(std::string_view title)
 {
     record("add " + std::string(title));
-    std::erase(m_items, std::optional<std::string>(title));
-    m_items.emplace_back(std::string(title));
+    if (const auto it = find(title); it != m_items.end())
+        m_items.erase(it);
+    m_items.push_back({std::string(title), false});
     if (m_items.size() == 1)
         m_selected = std::string(title);
 }
@@ -53,11 +61,12 @@ void MemoryPopUpButton::addItems(const std::vector<std::string>& titles)
         record("add " + title);
     // Of equal titles the last one stays, which is where adding one by one would have moved it.
     std::set<std::string_view> added(titles.begin(), titles.end());
-    std::erase_if(m_items, [&](const auto& item) { return item && added.contains(*item); });
+    std::erase_if(
+        m_items, [&](const Item& item) { return !item.isSeparator && added.contains(item.title); });
     const auto start = static_cast<std::ptrdiff_t>(m_items.size());
-    for (auto it = titles.rbegin(); it != titles.rend(); ++it) {
-        if (added.erase(*it) == 1)
-            m_items.emplace_back(*it);
+    for (auto title = titles.rbegin(); title != titles.rend(); ++title) {
+        if (added.erase(*title) == 1)
+            m_items.push_back({*title, false});
     }
     std::reverse(m_items.begin() + start, m_items.end());
     if (start == 0 && !titles.empty())
@@ -67,7 +76,8 @@ void MemoryPopUpButton::addItems(const std::vector<std::string>& titles)
 void MemoryPopUpButton::removeItem(std::string_view title)
 {
     record("remove " + std::string(title));
-    std::erase(m_items, std::optional<std::string>(title));
+    if (const auto it = find(title); it != m_items.end())
+        m_items.erase(it);
     if (m_selected == title)
         m_selected.reset();
 }
@@ -81,10 +91,9 @@ void MemoryPopUpButton::selectItem(std::string_view title)
 
 bool MemoryPopUpButton::choose(std::string_view title)
 {
-    const auto wanted = std::optional<std::string>(title);
-    if (std::find(m_items.begin(), m_items.end(), wanted) == m_items.end())
+    if (find(title) == m_items.end())
         return false;
-    m_selected = wanted;
+    m_selected = std::string(title);
     return true;
 }
 
@@ -92,7 +101,7 @@ std::vector<std::string> MemoryPopUpButton::shownItems() const
 {
     std::vector<std::string> items;
     for (const auto& item : m_items)
-        items.push_back(item.value_or("-"));
+        items.push_back(item.isSeparator ? "-" : item.title);
     return items;
 }
 
@@ -100,14 +109,14 @@ std::vector<std::string> MemoryPopUpButton::itemTitles() const
 {
     std::vector<std::string> titles;
     for (const auto& item : m_items)
-        titles.push_back(item.value_or(""));
+        titles.push_back(item.title);
     return titles;
 }
 
 void MemoryPopUpButton::insertSeparator(std::size_t index)
 {
     record("separator at " + std::to_string(index));
-    m_items.insert(m_items.begin() + static_cast<std::ptrdiff_t>(index), std::nullopt);
+    m_items.insert(m_items.begin() + static_cast<std::ptrdiff_t>(index), Item{"", true});
 }
 
 } // namespace zarn::memory

@@ -200,8 +200,14 @@ public:
     std::vector<std::string> shownItems() const;
 
 private:
-    // A separator has no title; two items never share one.
-    std::vector<std::optional<std::string>> m_items;
+    // A separator has the title ""; two other items never share one.
+    struct Item {
+        std::string title;
+        bool isSeparator = false;
+    };
+    std::vector<Item>::const_iterator find(std::string_view title) const;
+
+    std::vector<Item> m_items;
     std::optional<std::string> m_selected;
 };
 
