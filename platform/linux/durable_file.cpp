@@ -7,10 +7,8 @@
 #include <ctime>
 #include <filesystem>
 #include <optional>
-#include <thread>
 
 #include <fcntl.h>
-#include <sys/file.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -159,79 +157,12 @@ Status syncFolder(const std::string& folder)
     return Success{};
 }
 
-// Calls `tryLock` until it takes the lock (true), or fails or is late (false, errno is its).
-template <typename TryLock>
-bool pollUntil(std::chrono::steady_clock::time_point deadline, TryLock tryLock)
-{
-    auto pause = std::chrono::microseconds(200);
-    while (tryLock() != 0) {
-        const int number = errno;
-        const bool isHeld = number == EWOULDBLOCK || number == EINTR;
-        if (!isHeld || std::chrono::steady_clock::now() >= deadline) {
-            errno = isHeld ? EWOULDBLOCK : number;
-            return false;
-        }
-        std::this_thread::sleep_for(pause);
-        pause = std::min(pause * 2, std::chrono::microseconds(2000));
-    }
-    return true;
-}
-
-// A second lock on the same file. It only orders those who wait, so a file system that has no such
-// locks does without. Zero unless another one has it.
-int setTurnstile(int descriptor, short type)
-{
-    struct flock firstByte { };
-    firstByte.l_type = type;
-    firstByte.l_whence = SEEK_SET;
-    firstByte.l_len = 1;
-    if (::fcntl(descriptor, F_OFD_SETLK, &firstByte) == 0)
-        return 0;
-    if (errno == EACCES)
-        errno = EWOULDBLOCK;
-    return errno == EWOULDBLOCK || errno == EINTR ? -1 : 0;
-}
-
 } // namespace
 
 void warn(const std::string& line)
 {
     const auto text = "zarn-actions: " + line + "\n";
     std::fwrite(text.data(), 1, text.size(), stderr);
-}
-
-Result<FileLock> FileLock::acquire(const std::string& path, std::chrono::milliseconds limit)
-{
-    if (auto made = makeOwnFolder(folderOf(path)); !made)
-        return made.error();
-    const auto lockPath = path + ".lock";
-    const int descriptor = retrying(
-        [&] { return ::open(lockPath.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600); });
-    if (descriptor < 0)
-        return failure("cannot open", lockPath);
-    FileLock lock(descriptor);
-    struct stat status { };
-    if (::fstat(descriptor, &status) != 0
-        || ((status.st_mode & 0777U) != 0600U && ::fchmod(descriptor, 0600) != 0))
-        return failure("cannot make private", lockPath);
-    const auto deadline = std::chrono::steady_clock::now() + limit;
-    const auto busy = [&] {
-        return Error{ErrorCode::Unavailable, "another program keeps " + lockPath + " locked"};
-    };
-    // Only one waits for the lock itself, the others wait for that place. Without it a writer that
-    // takes the lock again at once would keep all others out for as long as it has work.
-    if (!pollUntil(deadline, [&] { return setTurnstile(descriptor, F_WRLCK); }))
-        return busy();
-    if (!pollUntil(deadline, [&] { return ::flock(descriptor, LOCK_EX | LOCK_NB); }))
-        return errno == EWOULDBLOCK ? busy() : failure("cannot lock", lockPath);
-    setTurnstile(descriptor, F_UNLCK);
-    return lock;
-}
-
-FileLock::~FileLock()
-{
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
 }
 
 HeldFile::~HeldFile()

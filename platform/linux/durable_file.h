@@ -3,7 +3,6 @@
 
 #include "platform/result.h"
 
-#include <chrono>
 #include <cstdint>
 #include <string>
 #include <string_view>
@@ -13,30 +12,6 @@
 /// contents are there. Files are 0600 in 0700 folders whatever the umask; links are never followed.
 /// Any thread.
 namespace zarn::linux_backend {
-
-/// An exclusive lock between processes, on a file beside the one it protects. The system releases
-/// it when its holder ends, however it ends.
-class FileLock {
-public:
-    /// Waits for the lock on `path` + ".lock", at most `limit`.
-    static Result<FileLock> acquire(const std::string& path, std::chrono::milliseconds limit);
-    ~FileLock();
-    FileLock(FileLock&& other) noexcept
-        : m_descriptor(other.m_descriptor)
-    {
-        other.m_descriptor = -1;
-    }
-    FileLock& operator=(FileLock&&) = delete;
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
-
-private:
-    explicit FileLock(int descriptor)
-        : m_descriptor(descriptor)
-    {
-    }
-    int m_descriptor;
-};
 
 /// Tells two states of a file apart. All zero: there is no file.
 struct FileStamp {

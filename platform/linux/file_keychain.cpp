@@ -2,6 +2,7 @@
 #include "platform/linux/file_keychain.h"
 
 #include "platform/linux/durable_file.h"
+#include "platform/linux/file_lock.h"
 
 #include <algorithm>
 #include <ctime>

@@ -47,7 +47,8 @@ public:
     virtual KeychainStatus update(const KeychainQuery& query, const Data& secret, Deadline deadline)
         = 0;
     virtual KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) = 0;
-    /// Removes the first match. The program itself never does; its diagnosis cleans up after itself.
+    /// Removes the first match. The program itself never does; its diagnosis cleans up after
+    /// itself.
     virtual KeychainStatus erase(const KeychainQuery& query, Deadline deadline) = 0;
     /// Every item of the product, without secrets.
     virtual KeychainListing list(Deadline deadline) = 0;

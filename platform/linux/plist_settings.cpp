@@ -2,6 +2,7 @@
 #include "platform/linux/plist_settings.h"
 
 #include "platform/linux/durable_file.h"
+#include "platform/linux/file_lock.h"
 
 namespace zarn::linux_backend {
 
@@ -10,7 +11,7 @@ namespace {
 constexpr std::size_t largestFile = std::size_t{256} << 20;
 // A lock that is not given back in time is held by something broken: later writes wait less for it.
 constexpr std::chrono::milliseconds longestLock{5000};
-constexpr std::chrono::milliseconds lockHeldForever{100};
+constexpr std::chrono::milliseconds lockHeldForever{1000};
 
 bool isPlainName(std::string_view name)
 {
