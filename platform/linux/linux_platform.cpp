@@ -79,8 +79,10 @@ private:
 
 QIcon applicationIcon()
 {
+    // Each new window hands all of them to the display, so larger ones would cost more than they
+    // are worth: launchers and docks take theirs from the desktop's icon theme.
     QIcon icon;
-    for (const int size : {16, 22, 24, 32, 48, 64, 128, 256, 512})
+    for (const int size : {16, 22, 24, 32, 48, 64, 128})
         icon.addFile(QString(":/icons/AppIcon-%1.png").arg(size), QSize(size, size));
     return icon;
 }
