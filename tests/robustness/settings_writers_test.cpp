@@ -7,6 +7,7 @@
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
+#include <thread>
 #include <vector>
 
 #include <csignal>
@@ -68,6 +69,9 @@ int readAllTheWhile(const std::string& folder)
         if (values.size() < most)
             return 1;
         most = values.size();
+        // As often as a write takes; without a pause two readers would leave the writers no
+        // processor.
+        std::this_thread::sleep_for(std::chrono::milliseconds(1));
     }
 }
 
