@@ -50,8 +50,13 @@ protected:
     void timerEvent(QTimerEvent* event) override
     {
         auto* alert = openAlert();
-        if (!alert || alert->property(wasSeen).isValid() || !alert->isActiveWindow())
+        if (!alert || alert->property(wasSeen).isValid())
             return;
+        if (!alert->isActiveWindow()) {
+            // On a busy machine the display may take the focus for one that is not there yet.
+            alert->activateWindow();
+            return;
+        }
         killTimer(event->timerId());
         alert->setProperty(wasSeen, true);
         QTimer::singleShot(10000, alert, [alert] {
