@@ -60,13 +60,19 @@ void prepareForm(QMainWindow& window)
 
 std::string QtWindow::title() const
 {
-    return m_window.windowTitle().toStdString();
+    return m_hiddenTitle.value_or(m_window.windowTitle().toStdString());
 }
 
 void QtWindow::setTitleVisibility(TitleVisibility visibility)
 {
+    if ((visibility == TitleVisibility::Hidden) == m_hiddenTitle.has_value())
+        return;
+    const auto text = title();
     if (visibility == TitleVisibility::Hidden)
-        m_window.setWindowTitle({});
+        m_hiddenTitle = text;
+    else
+        m_hiddenTitle.reset();
+    m_window.setWindowTitle(m_hiddenTitle ? QString() : QString::fromStdString(text));
 }
 
 void QtWindow::setStyleMask(unsigned mask)

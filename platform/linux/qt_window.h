@@ -9,6 +9,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 
 class LayerView;
@@ -82,6 +83,8 @@ public:
 
 private:
     QMainWindow& m_window;
+    /// The title while it is hidden.
+    std::optional<std::string> m_hiddenTitle;
     unsigned m_mask
         = 1 | window_style::closable | window_style::miniaturizable | window_style::resizable;
 };
