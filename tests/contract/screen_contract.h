@@ -41,8 +41,10 @@ public:
     /// Opens a menu of the menu bar and leaves it without a choice.
     [[nodiscard]] virtual bool lookIntoMenu() = 0;
     [[nodiscard]] virtual bool chooseMenuItem(std::string_view title) = 0;
-    /// Another program's window gets the keyboard, and this one gets it back.
-    [[nodiscard]] virtual bool visitOtherProgram() = 0;
+    /// Another program's window gets the keyboard.
+    [[nodiscard]] virtual bool switchToOtherProgram() = 0;
+    /// The other program's window closes, and this program's has the keyboard again.
+    [[nodiscard]] virtual bool comeBack() = 0;
     [[nodiscard]] virtual bool closeWindow(std::string_view title) = 0;
     [[nodiscard]] virtual bool clickLink(std::string_view textView, std::string_view text) = 0;
     /// Type where the keyboard focus is; a field's text gets longer.
@@ -51,7 +53,8 @@ public:
 
     [[nodiscard]] virtual bool isShown(std::string_view control) = 0;
     virtual std::string shownText(std::string_view control) = 0;
-    virtual std::string windowInFront() = 0;
+    /// Whether the window of that title has the keyboard, now or soon.
+    [[nodiscard]] virtual bool isInFront(std::string_view title) = 0;
     /// Width and height, without the menu bar.
     virtual std::pair<int, int> contentSize() = 0;
     /// The grey of the view's layer where it lets nothing through, from 0 to 255.

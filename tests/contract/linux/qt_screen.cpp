@@ -3,7 +3,6 @@
 
 #include "platform/linux/qt_widgets.h"
 #include "tests/support/qt_environment.h"
-#include "tests/support/x11_windows.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
@@ -183,19 +182,24 @@ bool QtScreenFixture::chooseMenuItem(std::string_view title)
     return false;
 }
 
-bool QtScreenFixture::visitOtherProgram()
+bool QtScreenFixture::switchToOtherProgram()
 {
-    auto* window = front();
-    const auto* focused = QApplication::focusWidget();
-    X11Windows other;
-    const auto theirs = other.make(X11Windows::Managed::Yes);
-    other.show(theirs);
-    other.takeFocus(theirs);
-    if (!runEventsUntil([] { return QApplication::activeWindow() == nullptr; }))
-        return false;
-    other.destroy(theirs);
-    window->activateWindow();
-    return runEventsUntil([&] { return QApplication::focusWidget() == focused; });
+    front();
+    m_otherProgram = std::make_unique<X11Windows>();
+    const auto window = m_otherProgram->make(X11Windows::Managed::Yes);
+    m_otherProgram->show(window);
+    m_otherProgram->takeFocus(window);
+    return runEventsUntil([] { return QApplication::activeWindow() == nullptr; });
+}
+
+bool QtScreenFixture::comeBack()
+{
+    m_otherProgram.reset();
+    for (auto* window : QApplication::topLevelWidgets()) {
+        if (window->isVisible() && qobject_cast<QMainWindow*>(window))
+            window->activateWindow();
+    }
+    return front() != nullptr;
 }
 
 bool QtScreenFixture::closeWindow(std::string_view title)
@@ -258,10 +262,12 @@ std::string QtScreenFixture::shownText(std::string_view control)
         .toStdString();
 }
 
-std::string QtScreenFixture::windowInFront()
+bool QtScreenFixture::isInFront(std::string_view title)
 {
-    settle();
-    return front()->windowTitle().toStdString();
+    return runEventsUntil([&] {
+        const auto* window = QApplication::activeWindow();
+        return window && window->windowTitle() == toQt(title);
+    });
 }
 
 std::pair<int, int> QtScreenFixture::contentSize()

@@ -5,6 +5,7 @@
 #include "platform/linux/qt_application.h"
 #include "tests/contract/linux/qt_alerts.h"
 #include "tests/contract/screen_contract.h"
+#include "tests/support/x11_windows.h"
 
 #include <cstddef>
 
@@ -27,7 +28,8 @@ public:
     bool moveFocus(std::string_view control) override;
     bool lookIntoMenu() override;
     bool chooseMenuItem(std::string_view title) override;
-    bool visitOtherProgram() override;
+    bool switchToOtherProgram() override;
+    bool comeBack() override;
     bool closeWindow(std::string_view title) override;
     bool clickLink(std::string_view textView, std::string_view text) override;
     void type(std::string_view text) override;
@@ -35,7 +37,7 @@ public:
 
     bool isShown(std::string_view control) override;
     std::string shownText(std::string_view control) override;
-    std::string windowInFront() override;
+    bool isInFront(std::string_view title) override;
     std::pair<int, int> contentSize() override;
     int layerGrey() override;
     std::vector<std::string> openedLinks() override { return m_openedLinks; }
@@ -56,6 +58,7 @@ private:
         m_count, m_values, [this](const std::string& link) { m_openedLinks.push_back(link); }};
     QtAlertRunner m_alerts{[this] { return m_application.isEnding(); }};
     QtAlertFixture m_alertFixture{m_alerts};
+    std::unique_ptr<X11Windows> m_otherProgram;
     std::vector<std::function<void()>> m_steps;
     bool m_isRunning = false;
 };

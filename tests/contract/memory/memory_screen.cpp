@@ -5,6 +5,10 @@
 
 namespace zarn {
 
+namespace {
+constexpr const char* switchedAway = "switched to another program";
+}
+
 memory::MemoryWindowController& MemoryScreenFixture::front()
 {
     return main().terms() ? *main().terms() : *main().shown.back();
@@ -49,6 +53,18 @@ bool MemoryScreenFixture::chooseMenuItem(std::string_view title)
     return m_platform.application.chooseMenuItem(title);
 }
 
+bool MemoryScreenFixture::switchToOtherProgram()
+{
+    m_platform.events.emplace_back(switchedAway);
+    return true;
+}
+
+bool MemoryScreenFixture::comeBack()
+{
+    m_platform.events.emplace_back("activate");
+    return true;
+}
+
 bool MemoryScreenFixture::clickLink(std::string_view textView, std::string_view text)
 {
     const auto link = front().outlets.textViewNamed(textView).linkOf(text);
@@ -88,15 +104,19 @@ std::string MemoryScreenFixture::shownText(std::string_view control)
     return "";
 }
 
-std::string MemoryScreenFixture::windowInFront()
+bool MemoryScreenFixture::isInFront(std::string_view title)
 {
+    bool wasActivated = false;
     for (auto it = m_platform.events.rbegin(); it != m_platform.events.rend(); ++it) {
+        if (*it == switchedAway && !wasActivated)
+            return false;
+        wasActivated = wasActivated || *it == "activate";
         for (const std::string_view how : {"show ", "front "}) {
             if (it->starts_with(how))
-                return it->substr(how.size());
+                return it->substr(how.size()) == title;
         }
     }
-    return "";
+    return false;
 }
 
 std::pair<int, int> MemoryScreenFixture::contentSize()

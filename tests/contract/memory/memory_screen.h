@@ -21,7 +21,8 @@ public:
     bool moveFocus(std::string_view control) override;
     bool lookIntoMenu() override { return !main().windows().empty(); }
     bool chooseMenuItem(std::string_view title) override;
-    bool visitOtherProgram() override { return !main().windows().empty(); }
+    bool switchToOtherProgram() override;
+    bool comeBack() override;
     bool closeWindow(std::string_view title) override { return main().closeByUser(title); }
     bool clickLink(std::string_view textView, std::string_view text) override;
     void type(std::string_view text) override { front().typeKeys(text); }
@@ -29,7 +30,7 @@ public:
 
     bool isShown(std::string_view control) override;
     std::string shownText(std::string_view control) override;
-    std::string windowInFront() override;
+    bool isInFront(std::string_view title) override;
     std::pair<int, int> contentSize() override;
     int layerGrey() override;
     std::vector<std::string> openedLinks() override { return m_openedLinks; }

@@ -1,0 +1,237 @@
+// SPDX-License-Identifier: MIT
+#include "tests/contract/application_contract.h"
+
+#include <algorithm>
+
+namespace zarn {
+
+using Texts = std::vector<std::string>;
+
+void ApplicationContract::showAbout()
+{
+    storyboard().showWindow(storyboard().instantiateController("aboutWC"));
+}
+
+bool ApplicationContract::performMenuAction(std::string_view action)
+{
+    happens("menu " + std::string(action));
+    return true;
+}
+
+// --- Start and end
+
+TEST_P(ApplicationContract, ARunShowsTheInitialWindowBeforeAnythingHappens)
+{
+    Texts before;
+    const int code = runWith({[&] {
+        before = events();
+        EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
+        EXPECT_TRUE(fixture->isInFront("Zarn Actions"));
+        fixture->application().terminate();
+    }});
+    EXPECT_EQ(code, 0);
+    EXPECT_EQ(std::count(before.begin(), before.end(), "launched"), 1);
+    std::erase(before, "launched");
+    EXPECT_EQ(before,
+        (Texts{"LoginVC connectOutlets", "LoginVC viewDidLoad", "LoginVC viewWillAppear",
+            "LoginVC viewDidAppear"}));
+}
+
+TEST_P(ApplicationContract, TerminatingReturnsAndNoLaterEventIsHandled)
+{
+    EXPECT_EQ(runWith({[&] {
+                           events().clear();
+                           fixture->application().terminate();
+                           happens("terminate returned");
+                       },
+                  [&] { happens("a later event"); }}),
+        0);
+    EXPECT_EQ(events(), (Texts{"terminate returned", "terminating", "LoginVC ended"}));
+}
+
+TEST_P(ApplicationContract, NoControllerOutlivesTheRun)
+{
+    runWith({[&] {
+        showAbout();
+        probe("LoginVC").shownView().performSegue("termsOfUse");
+        EXPECT_EQ(record.living.size(), 3U);
+        fixture->application().terminate();
+    }});
+    EXPECT_TRUE(record.living.empty());
+    EXPECT_EQ(windowTitles(), Texts{});
+}
+
+TEST_P(ApplicationContract, AnApplicationThatWasTerminatedBeforeItRanShowsNothing)
+{
+    fixture->application().terminate();
+    EXPECT_EQ(runWith({[&] { happens("an event"); }}), 0);
+    EXPECT_EQ(events(), Texts{});
+}
+
+TEST_P(ApplicationContract, TermsThatCannotBeClosedDoNotHoldUpTheEnd)
+{
+    EXPECT_EQ(runWith({[&] {
+                           probe("LoginVC").shownView().performSegue("termsOfUse");
+                           probe("ToUVC").shownView().window()->setStyleMask(
+                               window_style::fullSizeContentView);
+                           fixture->settle();
+                       },
+                  [&] {
+                      EXPECT_FALSE(fixture->closeWindow(""));
+                      fixture->application().terminate();
+                  }}),
+        0);
+    EXPECT_TRUE(record.living.empty());
+}
+
+TEST_P(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesNothingButTheFirstButton)
+{
+    const Alert alert{"", "Remove it?", AlertStyle::Warning, {{"Keep", ""}, {"Remove", ""}}};
+    int response = 0;
+    EXPECT_EQ(runWith({[&] {
+                           fixture->alerts().whenOpen([&] { fixture->application().terminate(); });
+                           response = fixture->alerts().runner().runModal(alert);
+                       },
+                  [&] { happens("a later event"); }}),
+        0);
+    EXPECT_EQ(response, alertFirstButtonReturn);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
+}
+
+// --- The last window
+
+TEST_P(ApplicationContract, ClosingTheLastWindowEndsTheRun)
+{
+    EXPECT_EQ(runWith({[&] {
+                           events().clear();
+                           EXPECT_TRUE(fixture->closeWindow("Zarn Actions"));
+                       },
+                  [&] { happens("a later event"); }}),
+        0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
+    EXPECT_EQ(events().front(), "LoginVC viewWillDisappear");
+    EXPECT_EQ(std::count(events().begin(), events().end(), "terminating"), 1);
+}
+
+TEST_P(ApplicationContract, DismissingTheLastViewEndsTheRun)
+{
+    EXPECT_EQ(runWith({[&] { probe("LoginVC").shownView().dismissViewController(); },
+                  [&] { happens("a later event"); }}),
+        0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
+}
+
+TEST_P(ApplicationContract, ADelegateMayKeepTheApplicationAliveWithoutWindows)
+{
+    m_endsWithWindows = false;
+    EXPECT_EQ(runWith({[&] { EXPECT_TRUE(fixture->closeWindow("Zarn Actions")); },
+                  [&] {
+                      happens("alive");
+                      EXPECT_EQ(windowTitles(), Texts{});
+                      fixture->application().terminate();
+                  }}),
+        0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "alive"), 1);
+}
+
+TEST_P(ApplicationContract, AnOpenAboutWindowKeepsTheApplicationAlive)
+{
+    EXPECT_EQ(runWith({[&] {
+                           showAbout();
+                           EXPECT_TRUE(fixture->isInFront("About"));
+                       },
+                  [&] { EXPECT_TRUE(fixture->closeWindow("Zarn Actions")); },
+                  [&] {
+                      happens("alive");
+                      EXPECT_EQ(windowTitles(), Texts{"About"});
+                      EXPECT_TRUE(fixture->closeWindow("About"));
+                  },
+                  [&] { happens("a later event"); }}),
+        0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "alive"), 1);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
+}
+
+TEST_P(ApplicationContract, DismissingTheTermsKeepsTheApplicationAlive)
+{
+    EXPECT_EQ(runWith({[&] { probe("LoginVC").shownView().performSegue("termsOfUse"); },
+                  [&] { probe("ToUVC").shownView().dismissViewController(); },
+                  [&] {
+                      happens("alive");
+                      EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
+                      fixture->application().terminate();
+                  }}),
+        0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "alive"), 1);
+}
+
+// --- Windows and menus
+
+TEST_P(ApplicationContract, TheWindowsAreListedInTheOrderInWhichTheyWereShown)
+{
+    EXPECT_EQ(windowTitles(), Texts{});
+    runWith({[&] {
+                 const auto notShown = storyboard().instantiateController("aboutWC");
+                 EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
+                 showAbout();
+                 showAbout();
+             },
+        [&] {
+            EXPECT_EQ(windowTitles(), (Texts{"Zarn Actions", "About", "About"}));
+            EXPECT_EQ(fixture->application().windows(), fixture->application().windows());
+            EXPECT_TRUE(fixture->closeWindow("Zarn Actions"));
+        },
+        [&] {
+            EXPECT_EQ(windowTitles(), (Texts{"About", "About"}));
+            fixture->application().terminate();
+        }});
+}
+
+TEST_P(ApplicationContract, TheMenuCommandsReachTheDelegate)
+{
+    const std::pair<const char*, const char*> commands[] = {
+        {"About Zarn Actions", "menu showAbout"},
+        {"Check for Updates\u2026", "menu checkForUpdates"},
+        {"Show Log Folder", "menu showLogFolder"},
+    };
+    std::vector<std::function<void()>> steps;
+    for (const auto& [title, event] : commands) {
+        steps.emplace_back([this, title = title] {
+            events().clear();
+            EXPECT_TRUE(fixture->chooseMenuItem(title)) << title;
+        });
+        steps.emplace_back([this, event = event] { EXPECT_EQ(events(), Texts{event}); });
+    }
+    steps.emplace_back([this] {
+        EXPECT_FALSE(fixture->chooseMenuItem("Preferences"));
+        fixture->application().terminate();
+    });
+    EXPECT_EQ(runWith(std::move(steps)), 0);
+}
+
+TEST_P(ApplicationContract, QuitInTheMenuEndsTheRun)
+{
+    EXPECT_EQ(runWith({[&] { EXPECT_TRUE(fixture->chooseMenuItem("Quit Zarn Actions")); },
+                  [&] { happens("a later event"); }}),
+        0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "terminating"), 1);
+}
+
+TEST_P(ApplicationContract, ActivatingBringsTheProgramInFrontOfOthers)
+{
+    runWith({[&] {
+        EXPECT_TRUE(fixture->isInFront("Zarn Actions"));
+        ASSERT_TRUE(fixture->switchToOtherProgram());
+        fixture->application().activateIgnoringOtherApps();
+        EXPECT_TRUE(fixture->isInFront("Zarn Actions"));
+        fixture->application().terminate();
+    }});
+}
+
+TEST_P(ApplicationContract, NoModifierKeyIsHeldWhereNoneIs)
+{
+    EXPECT_EQ(fixture->application().currentModifierFlags() & modifierFlagOption, 0U);
+}
+
+} // namespace zarn

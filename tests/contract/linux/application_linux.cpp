@@ -1,0 +1,17 @@
+// SPDX-License-Identifier: MIT
+#include "tests/contract/application_contract.h"
+#include "tests/contract/linux/qt_screen.h"
+#include "tests/support/window_manager_environment.h"
+
+namespace zarn {
+namespace {
+
+using namespace linux_backend;
+
+const auto* const environment = testing::AddGlobalTestEnvironment(new WindowManagerEnvironment);
+
+INSTANTIATE_TEST_SUITE_P(Qt, ApplicationContract, testing::Values(qtScreen()),
+    [](const auto& backend) { return backend.param.name; });
+
+} // namespace
+} // namespace zarn
