@@ -178,7 +178,11 @@ TEST_F(CredentialFieldsTest, LeavingTheServerFieldTakesTheAccountOfThatName)
 {
     storeSecret("ZPMA-b", "admin", "other");
     window.outlets.fieldNamed("zarnProServer_textfield").type("https://b/");
+    recordControls();
     window.leave("zarnProServer_textfield");
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{"keychain copy ZPMA-b/*", "zarnProUsername_textfield = admin",
+            "zarnProPassword_textfield = other"}));
     EXPECT_EQ(usernameText(), "admin");
     EXPECT_EQ(passwordText(), "other");
     EXPECT_EQ(login->model().accountDict, (AccountMap{{"admin", "other"}}));

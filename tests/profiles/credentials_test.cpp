@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "profiles/credentials.h"
 
+#include "platform/keychain.h"
 #include "tests/profiles/login_fixture.h"
 
 #include <condition_variable>
@@ -246,6 +247,55 @@ TEST_F(CredentialsTest, AnExistingItemIsFoundByNameAndAccount)
     EXPECT_TRUE(logMessages().empty());
     EXPECT_TRUE(makeCredentials()->checkExisting("host", "admin").empty());
     EXPECT_EQ(logMessages(), (std::vector<std::string>{notFoundLine}));
+}
+
+TEST_F(CredentialsTest, LookingForOneAccountForgetsTheLastOne)
+{
+    storeSecret("ZPMA-host", "first", "1");
+    storeSecret("ZPMA-host", "second", "2");
+    const auto credentials = makeCredentials();
+    EXPECT_EQ(credentials->checkExisting("ZPMA-host", "first"), (AccountMap{{"first", "1"}}));
+    EXPECT_EQ(credentials->checkExisting("ZPMA-host", "second"), (AccountMap{{"second", "2"}}));
+    EXPECT_TRUE(credentials->checkExisting("ZPMA-host", "third").empty());
+}
+
+TEST_F(CredentialsTest, RetrievingTwiceWithOneInstanceKeepsBothAccounts)
+{
+    storeSecret("zortcuts-apiClient-a", "id of a", "1");
+    storeSecret("zortcuts-apiClient-b", "id of b", "2");
+    const auto credentials = makeCredentials();
+    EXPECT_EQ(credentials->retrieve("a"), (AccountMap{{"id of a", "1"}}));
+    EXPECT_EQ(credentials->retrieve("b"), (AccountMap{{"id of a", "1"}, {"id of b", "2"}}));
+    EXPECT_TRUE(credentials->retrieve("nowhere").empty());
+}
+
+/// A keychain whose answers to a look-up are not what they should be.
+class OddKeychain final : public Keychain {
+public:
+    KeychainStatus add(const KeychainItem&) override { return keychain_status::notAvailable; }
+    KeychainStatus update(const KeychainQuery&, const Data&) override
+    {
+        return keychain_status::notAvailable;
+    }
+    KeychainMatch copyMatching(const KeychainQuery&) override { return answer; }
+    std::optional<std::string> messageText(KeychainStatus) const override { return std::nullopt; }
+
+    KeychainMatch answer;
+};
+
+TEST_F(CredentialsTest, AnAnswerCountsOnlyWithAStatusOfZeroAndAnItem)
+{
+    OddKeychain odd;
+    const KeychainItem item{"g", "s", "a", {'x'}};
+    for (const auto& answer : {KeychainMatch{keychain_status::success, std::nullopt},
+             KeychainMatch{keychain_status::notAvailable, item}, KeychainMatch{1, item}}) {
+        odd.answer = answer;
+        const auto credentials
+            = std::make_shared<Credentials>(Credentials::Deps{odd, queue, logFile, connection});
+        EXPECT_TRUE(credentials->retrieve("host").empty());
+        EXPECT_TRUE(credentials->checkExisting("ZPMA-host", "a").empty());
+    }
+    EXPECT_TRUE(logMessages().empty());
 }
 
 TEST_F(CredentialsTest, AStoredSecretThatIsNotUtf8ReadsAsNone)

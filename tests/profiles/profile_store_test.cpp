@@ -86,6 +86,12 @@ TEST_F(ProfileStoreTest, ACurrentServerThatNamesAProfileIsKept)
     EXPECT_TRUE(events().empty());
 }
 
+TEST_F(ProfileStoreTest, AnAbsentCurrentServerIsTheNamelessProfileWhereThereIsOne)
+{
+    EXPECT_EQ(store.validateCurrentServer({{"", profileRecord("https://a", 5)}}), "");
+    EXPECT_TRUE(events().empty());
+}
+
 TEST_F(ProfileStoreTest, ACurrentServerThatNamesNoProfileIsForgotten)
 {
     for (const auto& profiles : {ProfileMap{}, ProfileMap{{"A", profileRecord("https://a", 5)}}}) {
