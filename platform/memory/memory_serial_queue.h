@@ -21,7 +21,12 @@ public:
     MemorySerialQueue(const MemorySerialQueue&) = delete;
     MemorySerialQueue& operator=(const MemorySerialQueue&) = delete;
 
-    void async(std::function<void()> work) override { m_work.push_back(std::move(work)); }
+    void async(std::function<void()> work) override
+    {
+        if (events)
+            events->push_back("async " + m_label);
+        m_work.push_back(std::move(work));
+    }
     bool drain(std::chrono::milliseconds) override
     {
         runAll();
@@ -29,6 +34,8 @@ public:
     }
     const std::string& label() const override { return m_label; }
 
+    /// Where work is recorded that is submitted, if anywhere.
+    std::vector<std::string>* events = nullptr;
     std::size_t pending() const { return m_work.size(); }
     void runAll()
     {

@@ -105,6 +105,21 @@ TEST_F(ApiActionTest, NoResponseGivesAnEmptyObject)
     EXPECT_EQ(sessions.sessionsInvalidated, 1);
 }
 
+TEST_F(ApiActionTest, TheSessionIsInvalidatedBeforeItsReplyIsHandled)
+{
+    std::vector<int> invalidated;
+    for (const int status : {0, 404, 204, 200}) {
+        if (status == 0)
+            sessions.replyNothing();
+        else
+            sessions.reply(status, "{}");
+        delegate->action({"https://zarn.example", "computers", "", {}, "tok", "get"},
+            [&](const auto&) { invalidated.push_back(sessions.sessionsInvalidated); });
+        sessions.deliverAll();
+    }
+    EXPECT_EQ(invalidated, (std::vector<int>{1, 2, 3, 4}));
+}
+
 TEST_F(ApiActionTest, AnErrorStatusGivesFiveKeys)
 {
     const Value::Dictionary expected{{"ZPAPI_result", "failed"}, {"ZPAPI_method", "GET"},

@@ -341,6 +341,26 @@ TEST_F(TokenDelegateTest, NothingIsKeptOnceTheReplyWasHandled)
     EXPECT_EQ(sessions.sessionsInvalidated, 2);
 }
 
+TEST_F(TokenDelegateTest, TheSessionIsInvalidatedBeforeItsReplyIsHandled)
+{
+    useUsername();
+    std::vector<int> invalidated;
+    const auto validate = [&] {
+        delegate->getToken("https://zarn.example", "", [&](std::int64_t, const std::string&) {
+            invalidated.push_back(sessions.sessionsInvalidated);
+        });
+        sessions.deliverAll();
+    };
+    sessions.replyNothing();
+    validate();
+    sessions.reply(401, "");
+    validate();
+    sessions.reply(200, R"({"token":"abc"})");
+    sessions.reply(200, R"({"version":"10.40.0"})");
+    validate();
+    EXPECT_EQ(invalidated, (std::vector<int>{1, 2, 4}));
+}
+
 TEST_F(TokenDelegateTest, AFailureLeavesTheLastTokenAndSchemeAsTheyWere)
 {
     for (const auto& [status, body] : std::initializer_list<std::pair<int, const char*>>{

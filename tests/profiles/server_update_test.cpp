@@ -249,6 +249,26 @@ TEST_F(ServerUpdateTest, AnAddedServerIsSavedAndShownInThisOrder)
     EXPECT_EQ(queue.pending(), 2U);
 }
 
+TEST_F(ServerUpdateTest, BothSecretsAreHandedOverBeforeTheProfileIsSaved)
+{
+    loadAddMode("New", "https://new");
+    queue.events = &events();
+    for (int round = 0; round < 2; ++round) { // An add, then a set.
+        pressUpdate();
+        events().clear();
+        answerSuccess();
+        std::erase_if(events(), [](const std::string& event) {
+            return !event.starts_with("async") && !event.starts_with("set ");
+        });
+        ASSERT_EQ(events().size(), round == 0 ? 5U : 4U);
+        EXPECT_EQ(events()[0], "async com.zarn.zarn-shortcuts");
+        EXPECT_EQ(events()[1], "async com.zarn.zarn-shortcuts");
+        EXPECT_EQ(events()[2],
+            round == 0 ? "set group.R3V8N1P6WB.zarnie.SharedZPMA serversDict"
+                       : "set group.Q7X2M9K4TA.zarnactions currentServer");
+    }
+}
+
 TEST_F(ServerUpdateTest, AnAddedServerIsWhereOtherProgramsFindIt)
 {
     loadAddMode("New", "https://new:8443/");
