@@ -8,9 +8,14 @@
 #include <QKeyEvent>
 #include <QLabel>
 #include <QPushButton>
+#include <QScreen>
+#include <QScrollArea>
+#include <QScrollBar>
 #include <QShortcut>
 #include <QStyle>
 #include <QVBoxLayout>
+
+#include <algorithm>
 
 namespace zarn::linux_backend {
 
@@ -30,16 +35,58 @@ int escapeResponse(const Alert& alert)
     return alertFirstButtonReturn;
 }
 
+// Lines break at blanks only, and a name without one would make the alert wider than the screen.
+// What is copied has these invisible breaks too, so only a word that is too wide gets any.
+QString withBreaks(const QString& text, const QFontMetrics& metrics, int widest)
+{
+    QString result;
+    int width = 0;
+    for (qsizetype at = 0; at < text.size();) {
+        const bool isPair = text[at].isHighSurrogate() && at + 1 < text.size();
+        const auto letter = text.mid(at, isPair ? 2 : 1);
+        at += letter.size();
+        const int advance = metrics.horizontalAdvance(letter);
+        width = letter[0].isSpace() ? 0 : width + advance;
+        if (width > widest) {
+            result += QChar(0x200B);
+            width = advance;
+        }
+        result += letter;
+    }
+    return result;
+}
+
 QLabel* makeText(const std::string& text, QWidget* parent)
 {
     auto* label = new QLabel(parent);
+    const auto whole = QString::fromStdString(text);
     label->setTextFormat(Qt::PlainText);
-    label->setText(QString::fromStdString(text));
+    // The icon, the margins and a scroll bar stand beside it.
+    const int widest = std::max(280, parent->screen()->availableSize().width() - 220);
+    label->setText(withBreaks(whole, label->fontMetrics(), widest));
+    label->setAccessibleName(whole);
     label->setWordWrap(true);
     label->setTextInteractionFlags(Qt::TextSelectableByMouse | Qt::TextSelectableByKeyboard);
     label->setFocusPolicy(Qt::ClickFocus);
     label->setMinimumWidth(280);
     return label;
+}
+
+/// The text itself, or, where it would not leave room for the buttons, a window on it.
+QWidget* fitted(QLabel* text, QWidget* parent)
+{
+    const int most = parent->screen()->availableSize().height() / 2;
+    const auto size = text->sizeHint();
+    if (size.height() <= most)
+        return text;
+    auto* area = new QScrollArea(parent);
+    area->setFrameShape(QFrame::NoFrame);
+    area->setHorizontalScrollBarPolicy(Qt::ScrollBarAlwaysOff);
+    area->setWidgetResizable(true);
+    area->setWidget(text);
+    const int width = std::max(size.width(), text->minimumSizeHint().width());
+    area->setFixedSize(width + area->verticalScrollBar()->sizeHint().width(), most);
+    return area;
 }
 
 QLabel* makeIcon(QWidget* parent)
@@ -109,8 +156,7 @@ int QtAlertRunner::runModal(const Alert& alert)
         header->setFont(font);
         column->addWidget(header);
     }
-    auto* message = makeText(alert.informativeText, &dialog);
-    column->addWidget(message);
+    column->addWidget(fitted(makeText(alert.informativeText, &dialog), &dialog));
     column->addStretch();
     dialog.setAccessibleName(QString::fromStdString(
         alert.messageText.empty() ? alert.informativeText : alert.messageText));

@@ -135,7 +135,7 @@ def log_text():
     """All log files in order, as they are."""
     texts = []
     for path in sorted(glob.glob(os.path.join(os.environ["HOME"], "Library/Logs/*"))):
-        with open(path, encoding="utf-8") as file:
+        with open(path, encoding="utf-8", newline="") as file:
             texts.append(file.read())
     return "".join(texts)
 

@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QDialog>
 #include <QLabel>
+#include <QScreen>
 #include <QTest>
 
 namespace zarn {
@@ -55,6 +56,56 @@ TEST(QtAlertTest, BothTextsCanBeSelectedAndCopied)
     });
     fixture.runner().runModal(alert);
     EXPECT_EQ(copied, (std::vector<std::string>{"The header", "The message"}));
+}
+
+TEST(QtAlertTest, WhateverItSaysItStaysOnTheScreenWithItsButtons)
+{
+    constexpr int longest = 32767; // What a field holds.
+    std::string emoji;
+    std::string lines;
+    std::string words;
+    for (int i = 0; i < longest / 4; ++i) {
+        emoji += "\xF0\x9F\x94\x91";
+        lines += "x\n";
+        words += "two ";
+    }
+    OwningAlertFixture fixture;
+    for (const auto& text : {std::string(longest, 'x'), std::string(300, 'W'), emoji, lines, words,
+             std::string(longest, ' ')}) {
+        const auto message = text + " was successfully set";
+        const Alert alert{"", message, AlertStyle::Warning, {{"OK", "\r"}, {"Quit", "v"}}};
+        bool isPressed = false;
+        fixture.whenOpen([&] {
+            const auto screen = openAlert()->screen()->availableGeometry();
+            EXPECT_TRUE(screen.contains(openAlert()->frameGeometry()))
+                << openAlert()->width() << " x " << openAlert()->height();
+            EXPECT_EQ(fixture.texts(), std::vector<std::string>{message});
+            EXPECT_EQ(fixture.buttons(), (std::vector<std::string>{"OK", "Quit"}));
+            isPressed = fixture.press("Quit");
+        });
+        EXPECT_EQ(fixture.runner().runModal(alert), alertSecondButtonReturn);
+        EXPECT_TRUE(isPressed);
+    }
+}
+
+TEST(QtAlertTest, AnAddressIsCopiedAsItIs)
+{
+    const auto address = "https://" + std::string(100, 'a') + ".example";
+    OwningAlertFixture fixture;
+    std::string copied;
+    fixture.whenOpen([&] {
+        for (auto* label : openAlert()->findChildren<QLabel*>()) {
+            if (label->text().isEmpty())
+                continue;
+            QTest::mouseClick(label, Qt::LeftButton);
+            QTest::keyClick(label, Qt::Key_A, Qt::ControlModifier);
+            QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
+            copied = QApplication::clipboard()->text().toStdString();
+        }
+        fixture.press("OK");
+    });
+    fixture.runner().runModal({"", address, AlertStyle::Warning, {{"OK", ""}}});
+    EXPECT_EQ(copied, address);
 }
 
 TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndAnswersAsEscapeWould)

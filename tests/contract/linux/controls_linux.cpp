@@ -3,6 +3,12 @@
 #include "tests/contract/linux/qt_screen.h"
 #include "tests/support/window_manager_environment.h"
 
+#include <QApplication>
+#include <QClipboard>
+#include <QTest>
+
+#include <chrono>
+
 namespace zarn {
 namespace {
 
@@ -18,6 +24,88 @@ std::string nameOf(const testing::TestParamInfo<ScreenBackend>& backend)
 INSTANTIATE_TEST_SUITE_P(Qt, ControlsContract, testing::Values(qtScreen()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Qt, TextFieldContract, testing::Values(qtScreen()), nameOf);
 INSTANTIATE_TEST_SUITE_P(Qt, PopUpButtonContract, testing::Values(qtScreen()), nameOf);
+
+constexpr const char* textFields[] = {"displayName_TextField", "zarnProServer_textfield",
+    "zarnProUsername_textfield", "zarnProPassword_textfield"};
+
+/// What a person pastes into the real fields.
+class TypedText : public ScreenContract {
+protected:
+    void SetUp() override
+    {
+        showInitialWindow();
+        field("displayName_TextField").setHidden(false);
+        field("zarnProServer_textfield").setEditable(true);
+        fixture->settle();
+    }
+    /// In place of what the field held; the milliseconds that it took.
+    double paste(const char* name, const QString& text)
+    {
+        field(name).setStringValue("");
+        EXPECT_TRUE(fixture->moveFocus(name));
+        QApplication::clipboard()->setText(text);
+        const auto start = std::chrono::steady_clock::now();
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_V, Qt::ControlModifier);
+        fixture->settle();
+        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
+            .count();
+    }
+};
+
+TEST_P(TypedText, EveryFieldHoldsExactlyWhatIsPasted)
+{
+    QString controls;
+    for (char16_t letter = 0; letter < 0x20; ++letter)
+        controls += QChar(letter);
+    controls += QChar(0x7f);
+    const QString texts[] = {"plain", " leading and trailing ", controls,
+        QString::fromUtf8("a\0b", 3), "line\r\nbreak", "line\nbreak\n", "carriage\rreturn",
+        QString::fromUtf8("\u202Eright to left \u05D0\u05D1\u0627\u0644\u202C"),
+        QString::fromUtf8("\U0001F511\U0001F468\u200D\U0001F469\u200D\U0001F467 \u65E5\u672C"),
+        QString::fromUtf8("e\u0301 combined"), "\"quotes\" and 'more'", "back\\slash\\",
+        "<b>&amp;</b> %41 ${HOME} `id`", QString(32767, 'x')};
+    int pasted = 0;
+    for (const auto* name : textFields) {
+        for (const auto& text : texts) {
+            paste(name, text);
+            EXPECT_EQ(field(name).stringValue(), text.toStdString()) << name;
+            ++pasted;
+        }
+    }
+    EXPECT_EQ(pasted, 4 * 14);
+}
+
+TEST_P(TypedText, TenMegabytesAreCutToWhatAFieldHoldsAtOnce)
+{
+    constexpr qsizetype held = 32767;
+    const QString text(10'000'000, 'y');
+    const auto emoji = QString::fromUtf8("\U0001F511").repeated(2'500'000);
+    for (const auto* name : textFields) {
+        EXPECT_LT(paste(name, text), 1000) << name;
+        EXPECT_EQ(field(name).stringValue(), std::string(held, 'y')) << name;
+        // Half a character at the end becomes a question mark, so that the text stays UTF-8.
+        EXPECT_LT(paste(name, emoji), 1000) << name;
+        const auto expected
+            = QString::fromUtf8("\U0001F511").repeated(held / 2).toStdString() + "?";
+        EXPECT_TRUE(field(name).stringValue() == expected)
+            << name << " ends in " << field(name).stringValue().substr(expected.size() - 5);
+    }
+}
+
+TEST_P(TypedText, APasswordIsNeitherShownNorCopied)
+{
+    QApplication::clipboard()->setText("before");
+    paste("zarnProPassword_textfield", "s3cret");
+    QApplication::clipboard()->setText("before");
+    for (const auto key : {Qt::Key_C, Qt::Key_X}) {
+        EXPECT_EQ(field("zarnProPassword_textfield").stringValue(), "s3cret");
+        QTest::keyClick(QApplication::focusWidget(), Qt::Key_A, Qt::ControlModifier);
+        QTest::keyClick(QApplication::focusWidget(), key, Qt::ControlModifier);
+        EXPECT_EQ(QApplication::clipboard()->text(), "before");
+    }
+}
+
+INSTANTIATE_TEST_SUITE_P(Qt, TypedText, testing::Values(qtScreen()), nameOf);
 
 } // namespace
 } // namespace zarn
