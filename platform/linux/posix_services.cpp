@@ -30,17 +30,31 @@ public:
     void seekToEndOfFile() override { ::lseek(m_descriptor, 0, SEEK_END); }
     void writeData(std::string_view bytes) override
     {
+        off_t written = 0;
         while (!bytes.empty()) {
-            const auto written = ::write(m_descriptor, bytes.data(), bytes.size());
-            if (written < 0 && errno == EINTR)
+            const auto count = ::write(m_descriptor, bytes.data(), bytes.size());
+            if (count < 0 && errno == EINTR)
                 continue;
-            if (written <= 0)
+            if (count <= 0) {
+                takeBack(written);
                 return;
-            bytes.remove_prefix(static_cast<std::size_t>(written));
+            }
+            bytes.remove_prefix(static_cast<std::size_t>(count));
+            written += count;
         }
     }
 
 private:
+    // A full disk must not leave half of what was to be written, unless somebody has written behind
+    // it meanwhile.
+    void takeBack(off_t written)
+    {
+        const auto end = ::lseek(m_descriptor, 0, SEEK_CUR);
+        struct stat status { };
+        if (written > 0 && ::fstat(m_descriptor, &status) == 0 && status.st_size == end)
+            (void)!::ftruncate(m_descriptor, end - written);
+    }
+
     int m_descriptor;
 };
 
@@ -72,6 +86,10 @@ std::unique_ptr<FileHandle> PosixFileManager::openForUpdating(const std::string&
         = ::open(path.c_str(), O_RDWR | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
         return nullptr;
+    struct stat status { };
+    if (::fstat(descriptor, &status) == 0 && (status.st_mode & 0077U) != 0
+        && ::fchmod(descriptor, 0600) == 0)
+        warn("others could read " + path + "; made it private");
     return std::make_unique<PosixFileHandle>(descriptor);
 }
 

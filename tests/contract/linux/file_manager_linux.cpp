@@ -66,6 +66,20 @@ TEST_F(PosixFiles, AFileThatOthersCouldReadIsMadePrivateWhenItIsCreatedAnew)
     EXPECT_EQ(modeOf("/file"), 0600U);
 }
 
+TEST_F(PosixFiles, AFileThatOthersCouldReadIsMadePrivateWhenItIsOpenedAndThatIsTold)
+{
+    std::ofstream(home + "/file") << "old";
+    ::chmod((home + "/file").c_str(), 0644);
+    for (const bool isFirst : {true, false}) {
+        testing::internal::CaptureStderr();
+        EXPECT_NE(files.openForUpdating(home + "/file"), nullptr);
+        const auto text = testing::internal::GetCapturedStderr();
+        EXPECT_EQ(text,
+            isFirst ? "zarn-actions: others could read " + home + "/file; made it private\n" : "");
+        EXPECT_EQ(modeOf("/file"), 0600U);
+    }
+}
+
 TEST_F(PosixFiles, LinksAreNotFollowed)
 {
     std::ofstream(home + "/target") << "kept";
