@@ -209,6 +209,76 @@ class StartTest(ProcessTest):
         self.assertEqual(self.end(process)[0], 0)
 
 
+class OtherUserTest(unittest.TestCase):
+    """What another user's process sees of the program, and what a user without a home directory does."""
+
+    UID = 54321
+
+    def setUp(self):
+        # Whoever runs the tests, that user can read and run these.
+        self.folder = tempfile.mkdtemp(prefix="zarn-other-", dir="/tmp")
+        self.addCleanup(shutil.rmtree, self.folder)
+        os.chmod(self.folder, 0o755)
+        for name in ("zarn-actions", "zarn-http.so", "zarn-keychain.so"):
+            shutil.copy(os.path.join(os.path.dirname(PROGRAM), name), self.folder)
+        self.home = os.path.join(self.folder, "home")
+        os.mkdir(self.home, 0o700)
+        self.is_root = os.geteuid() == 0
+        self.uid = self.UID if self.is_root else os.geteuid()
+        os.chown(self.home, self.uid, -1)
+        self.environment = {"PATH": os.environ["PATH"], "HOME": self.home, "QT_QPA_PLATFORM": "offscreen",
+                            "DBUS_SESSION_BUS_ADDRESS": "disabled:", "ASAN_OPTIONS": "detect_leaks=0"}
+
+    def as_user(self, *command):
+        """A command line that runs as an ordinary user."""
+        if self.is_root:
+            return ["setpriv", f"--reuid={self.UID}", f"--regid={self.UID}", "--clear-groups", *command]
+        return list(command)
+
+    def started(self, *command):
+        process = subprocess.Popen(self.as_user(*command), env=self.environment, stdin=subprocess.DEVNULL,
+                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+
+        def end():
+            process.kill()
+            process.communicate()
+
+        self.addCleanup(end)
+        return process
+
+    def can_read(self, process, name):
+        """Whether another process of the same user can look into this one."""
+        return subprocess.run(self.as_user("head", "-c", "1", f"/proc/{process.pid}/{name}"), check=False,
+                              stdout=subprocess.DEVNULL, stderr=subprocess.DEVNULL).returncode == 0
+
+    def test_the_users_other_programs_cannot_look_into_it(self):
+        other = self.started("sh", "-c", "echo ready; exec sleep 60")
+        other.stdout.readline()
+        program = self.started(os.path.join(self.folder, "zarn-actions"), "--keychain=file")
+        self.assertEqual(program.stdout.readline(), "[viewDidLoad] username: 0\n")
+        # The system gives a process that may be looked into to its user, any other to the administrator.
+        self.assertEqual(os.stat(f"/proc/{other.pid}/environ").st_uid, self.uid)
+        self.assertNotEqual(os.stat(f"/proc/{program.pid}/environ").st_uid, self.uid)
+        for name, is_kept in (("environ", True), ("maps", True), ("cmdline", False)):
+            self.assertTrue(self.can_read(other, name), name)
+            self.assertEqual(self.can_read(program, name), not is_kept, name)
+        with open(f"/proc/{program.pid}/limits", encoding="ascii") as file:
+            self.assertRegex(file.read(), r"Max core file size +0 +0 ")
+        program.terminate()
+        _, errors = program.communicate(timeout=LIMIT)
+        self.assertEqual(program.returncode, 0, errors)
+
+    def test_without_a_home_directory_it_says_so_and_ends(self):
+        del self.environment["HOME"]
+        command = self.as_user(os.path.join(self.folder, "zarn-actions"))
+        if not self.is_root:
+            command = ["unshare", "--user", f"--map-user={self.UID}", *command]
+        done = subprocess.run(command, env=self.environment, capture_output=True, text=True, timeout=LIMIT,
+                              check=False)
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (1, "", "zarn-actions: there is no home directory: set HOME\n"))
+
+
 class EndTest(ProcessTest):
     def test_each_polite_signal_ends_it_as_quit_does(self):
         for number in (signal.SIGTERM, signal.SIGINT, signal.SIGHUP):
