@@ -35,6 +35,7 @@ REPLIES = {
     "invalid UTF-8": (dict(body=b'{"token":"\xff\xfe"}'), SILENT),
     "no JSON": (dict(body="<html>"), SILENT),
     "an empty body": (dict(body=""), SILENT),
+    "huge numbers": (dict(body='{"token":"t","a":1e400,"b":-1e400,"c":' + "9" * 5000 + "}"), SILENT),
     "duplicate keys": (dict(body='{"token":"a","token":"b"}'), NO_VERSION),
     "a body that only claims to be compressed":
         (dict(header="Content-Encoding: gzip", body=b"\x1f\x8b\x08" + b"\0" * 1000), CANNOT_CONNECT),
