@@ -218,8 +218,10 @@ KeychainStatus FileKeychain::erase(const KeychainQuery& query, Deadline deadline
     auto match = copyMatching(query, deadline);
     if (!match.item)
         return match.status;
-    const auto status = remove({{*match.item, 0, 0}}, deadline);
-    wipe(match.item->secret);
+    std::vector<StoredItem> items(1);
+    items[0].item = std::move(*match.item);
+    const auto status = remove(items, deadline);
+    wipe(items[0].item.secret);
     return status;
 }
 

@@ -47,7 +47,9 @@ template <typename Integer> void appendInteger(std::string& bytes, Integer value
 template <typename Bytes> void appendBytes(std::string& bytes, const Bytes& field)
 {
     appendInteger(bytes, static_cast<std::uint32_t>(field.size()));
-    bytes.append(field.begin(), field.end());
+    // By address: from iterators of other bytes the library would make a text of its own first, and
+    // leave that behind.
+    bytes.append(reinterpret_cast<const char*>(field.data()), field.size());
 }
 
 /// Reads fields one after the other; once one does not fit, nothing fits any more.
@@ -72,12 +74,13 @@ public:
     template <typename Bytes> Bytes field()
     {
         const auto size = integer<std::uint32_t>();
-        if (m_failed || m_bytes.size() < size) {
-            m_failed = true;
-            return {};
+        // The one thing that is returned: a copy would leave a secret in freed memory.
+        Bytes value;
+        m_failed = m_failed || m_bytes.size() < size;
+        if (!m_failed) {
+            value.assign(m_bytes.begin(), m_bytes.begin() + size);
+            m_bytes.remove_prefix(size);
         }
-        const Bytes value(m_bytes.begin(), m_bytes.begin() + size);
-        m_bytes.remove_prefix(size);
         return value;
     }
 

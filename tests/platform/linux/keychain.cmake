@@ -1,6 +1,6 @@
 # The keychain: unit tests, and the tests that kill, break and silence what it stands on.
 zarn_add_test(keychain_file_test
-    SOURCES file_keychain_test.cpp keychain_file_format_test.cpp
+    SOURCES file_keychain_test.cpp keychain_file_format_test.cpp keychain_memory_test.cpp
     LIBS zarn_linux_keychain)
 zarn_add_test(lazy_keychain_test
     SOURCES lazy_keychain_test.cpp
