@@ -1,7 +1,8 @@
 # The keychain: unit tests, and the tests that kill, break and silence what it stands on.
 zarn_add_test(keychain_file_test
     SOURCES file_keychain_test.cpp keychain_file_format_test.cpp keychain_memory_test.cpp
-    LIBS zarn_linux_keychain)
+    LIBS zarn_linux_keychain
+    LABELS security)
 zarn_add_test(lazy_keychain_test
     SOURCES lazy_keychain_test.cpp
     LIBS zarn_linux_lazy_keychain)
