@@ -2,13 +2,15 @@
 # SPDX-License-Identifier: MIT
 """Kills and failures at every system call of a settings write.
 
-usage: settings_faults.py BUILD_FOLDER
+usage: settings_faults.py BUILD_FOLDER [--sanitized]
 
 Three writes are tried: the first one of all (which makes the folder), a changed value and a removed
 one. Each is repeated with SIGKILL, and with each error, at its first system call, its second, and so
 on. After each round the file parses and holds the old or the new contents (the new ones if the write
 said so), and after one more write there is no temporary file. Without ZARN_LONG the system calls of
-the dynamic loader are left out.
+the dynamic loader are left out. With --sanitized only the system calls that name a settings file are
+made to fail: a sanitizer's own ones cannot (its runtime asks for memory, or for its process id, for
+ever).
 """
 
 import os
@@ -21,6 +23,10 @@ import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.realpath(__file__)), "../support"))
+import traced  # noqa: E402
+
 ERRORS = ("ENOSPC", "EIO", "EROFS", "EACCES", "EINTR")
 DOMAIN = "group.R3V8N1P6WB.zarnie.SharedZPMA"
 OLD = {"kept": {"server": "https://a.example", "more": [1, 2.5, b"data"]}, "changed": "old"}
@@ -31,6 +37,7 @@ WRITES = (
     ("remove", OLD, ["delete", DOMAIN, "changed"], {"kept": OLD["kept"]}),
 )
 BUILD = ""
+SANITIZED = False
 
 
 class Failure(Exception):
@@ -62,13 +69,12 @@ class Round:
                 signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
                 resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
 
-        return subprocess.run(
-            [*prefix, os.path.join(BUILD, "zarn-defaults"), *(words or self.words)], text=True, preexec_fn=limited,
-            stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, timeout=60,
+        return traced.run(
+            [*prefix, os.path.join(BUILD, "zarn-defaults"), *(words or self.words)], preexec_fn=limited,
             env={"PATH": "/usr/bin:/bin", "HOME": self.top, "XDG_CONFIG_HOME": self.top, **(environment or {})})
 
     def strace(self, *options):
-        return self.run(prefix=["strace", "-qq", "-o", self.top + "/trace", *options])
+        return self.run(prefix=traced.strace(self.top + "/trace", *options))
 
     def trace(self):
         with open(self.top + "/trace", encoding="utf-8", errors="replace") as file:
@@ -96,33 +102,27 @@ class Round:
 
 
 def calls_of(write):
-    """The system calls of the write in their order, as (name, how manieth of that name), and the
-    index of the first that is not the loader's."""
+    """The system calls of the write in their order, without the loader's and with them."""
     with Round(write) as world:
         world.strace("-e", "trace=all")
-        lines = world.trace().splitlines()
-        seen = {}
-        calls = []
-        for line in lines:
-            name = line.split("(")[0]
-            seen[name] = seen.get(name, 0) + 1
-            calls.append((name, seen[name]))
-        own = next(i for i, line in enumerate(lines) if i and world.folder in line)
-        return calls, own
+        calls = traced.calls(world.trace(), world.folder)
+        own = next(i for i, call in enumerate(calls) if i and call.on_files)
+        return calls[own:], calls[1:]
 
 
 def kill_at(write, call):
     with Round(write) as world:
-        run = world.strace("-e", f"inject={call[0]}:signal=SIGKILL:when={call[1]}")
+        run = world.strace(*call.inject("signal=SIGKILL"))
         world.check(run.returncode == 0)
         return run.returncode != 0
 
 
 def fail_at(write, error, call):
     with Round(write) as world:
-        run = world.strace("-e", f"inject={call[0]}:error={error}:when={call[1]}")
-        if "INJECTED" not in world.trace():
-            raise Failure("nothing was injected")
+        run = world.strace(*call.inject(f"error={error}"))
+        struck = [line for line in world.trace().splitlines() if "INJECTED" in line]
+        if not struck or call.on_files and world.folder not in struck[0]:
+            raise Failure(f"something else was struck: {struck}")
         # A failed read is told by the settings, and by the tool that cannot go on without it.
         told = len(run.stderr.splitlines())
         if run.returncode not in (0, 3) or (run.returncode == 3 and told not in (1, 2)):
@@ -140,7 +140,7 @@ def short_at(write, limit):
 
 def one_byte_at_a_time(write, _):
     with Round(write) as world:
-        run = world.run(environment={"LD_PRELOAD": os.path.join(BUILD, "short_write.so")})
+        run = world.run(environment=traced.preloaded(os.path.join(BUILD, "short_write.so")))
         if run.returncode != 0:
             raise Failure(f"short writes are not continued: {run.stderr}")
         world.check(True)
@@ -150,11 +150,12 @@ def one_byte_at_a_time(write, _):
 def jobs():
     long = os.environ.get("ZARN_LONG")
     for write in WRITES:
-        calls, own = calls_of(write)
-        for call in calls[1 if long else own:]:
+        own, all_calls = calls_of(write)
+        for call in all_calls if long else own:
             yield f"kill {write[0]} at {call}", kill_at, (write, call)
         # The last call ends the program; without futex the C library ends the process at once.
-        for call in (call for call in calls[own:-1] if call[0] != "futex"):
+        others = (call for call in own[:-1] if call.name != "futex")
+        for call in (call for call in own if call.on_files) if SANITIZED else others:
             for error in ERRORS:
                 yield f"{error} in {write[0]} at {call}", fail_at, (write, error, call)
         for limit in range(0, 600, 1 if long else 25):
@@ -163,8 +164,9 @@ def jobs():
 
 
 def main():
-    global BUILD
+    global BUILD, SANITIZED
     BUILD = os.path.realpath(sys.argv[1])
+    SANITIZED = sys.argv[2:] == ["--sanitized"]
     counts = {}
     failed = []
 
@@ -174,7 +176,7 @@ def main():
             effective = function(*arguments)
             kind = name.split()[0]
             counts[kind] = counts.get(kind, 0) + bool(effective)
-        except Failure as failure:
+        except (Failure, subprocess.TimeoutExpired) as failure:
             failed.append(f"{name}: {failure}")
 
     with ThreadPoolExecutor(4) as pool:

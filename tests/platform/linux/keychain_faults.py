@@ -2,14 +2,15 @@
 # SPDX-License-Identifier: MIT
 """Kills and failures at every system call of a file-keychain write.
 
-usage: keychain_faults.py BUILD_FOLDER
+usage: keychain_faults.py BUILD_FOLDER [--sanitized]
 
 Three writes are tried: the first one of all (which makes the key), an added item and a changed
 secret. Each is repeated with SIGKILL, and with each error, at its first system call, its second,
 and so on. After each round: every earlier item is there with its secret, the new one is there if
 the write said so, what a failed write leaves is the old or the new contents, and after one more
 write there is no temporary file. Without ZARN_LONG the system calls of the dynamic loader are left
-out of the kills.
+out of the kills. With --sanitized only the system calls that name a file of the keychain are made to
+fail: a sanitizer's own ones cannot (its runtime asks for memory, or for its process id, for ever).
 """
 
 import os
@@ -22,6 +23,10 @@ import sys
 import tempfile
 from concurrent.futures import ThreadPoolExecutor
 
+sys.dont_write_bytecode = True
+sys.path.insert(0, os.path.join(os.path.dirname(os.path.realpath(__file__)), "../../support"))
+import traced  # noqa: E402
+
 ERRORS = ("ENOSPC", "EIO", "EROFS", "EACCES", "EINTR")
 # Name, items before, operation, account, secret.
 WRITES = (
@@ -30,6 +35,7 @@ WRITES = (
     ("update", {"one": "1", "new": "2"}, "update", "new", "fresh"),
 )
 BUILD = ""
+SANITIZED = False
 
 
 class Failure(Exception):
@@ -42,9 +48,8 @@ def writer(folder, *words, prefix=(), environment=None, limit=None):
             signal.signal(signal.SIGXFSZ, signal.SIG_IGN)
             resource.setrlimit(resource.RLIMIT_FSIZE, (limit, limit))
 
-    return subprocess.run(
-        [*prefix, os.path.join(BUILD, "keychain_writer"), folder, *words], text=True,
-        stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False, preexec_fn=limited,
+    return traced.run(
+        [*prefix, os.path.join(BUILD, "keychain_writer"), folder, *words], preexec_fn=limited,
         env={**os.environ, **(environment or {})})
 
 
@@ -75,7 +80,7 @@ class Round:
         return writer(self.folder, *self.words, **how)
 
     def strace(self, *options):
-        return self.run(prefix=["strace", "-qq", "-o", self.folder + "/trace", *options])
+        return self.run(prefix=traced.strace(self.folder + "/trace", *options))
 
     def trace(self):
         with open(self.folder + "/trace", encoding="utf-8", errors="replace") as file:
@@ -105,24 +110,17 @@ def status_of(run):
 
 
 def calls_of(write):
-    """The system calls of the write in their order, as (name, how manieth of that name), and the
-    index of the first that is not the loader's."""
+    """The system calls of the write in their order, without the loader's and with them."""
     with Round(write) as world:
         world.strace("-e", "trace=all")
-        lines = world.trace().splitlines()
-        seen = {}
-        calls = []
-        for line in lines:
-            name = line.split("(")[0]
-            seen[name] = seen.get(name, 0) + 1
-            calls.append((name, seen[name]))
-        own = next(i for i, line in enumerate(lines) if i and world.folder + "/data" in line)
-        return calls, own
+        calls = traced.calls(world.trace(), world.folder + "/")
+        own = next(i for i, call in enumerate(calls) if i and call.on_files)
+        return calls[own:], calls[1:]
 
 
 def kill_at(write, call):
     with Round(write) as world:
-        run = world.strace("-e", f"inject={call[0]}:signal=SIGKILL:when={call[1]}")
+        run = world.strace(*call.inject("signal=SIGKILL"))
         killed = status_of(run) is None
         world.check(None if killed else status_of(run))
         return killed
@@ -130,11 +128,12 @@ def kill_at(write, call):
 
 def fail_at(write, error, call):
     with Round(write) as world:
-        run = world.strace("-e", f"inject={call[0]}:error={error}:when={call[1]}")
-        if "INJECTED" not in world.trace():
-            raise Failure("nothing was injected")
+        run = world.strace(*call.inject(f"error={error}"))
+        struck = [line for line in world.trace().splitlines() if "INJECTED" in line]
+        if not struck or call.on_files and world.folder + "/" not in struck[0]:
+            raise Failure(f"something else was struck: {struck}")
         # The cryptographic library rather ends the process than going on without random numbers.
-        if run.returncode != 0 and call[0] != "getrandom":
+        if run.returncode != 0 and call.name != "getrandom":
             raise Failure(f"ended with {run.returncode}: {run.stderr}")
         # A failure to print the status is the test program's own matter.
         world.check(status_of(run))
@@ -150,7 +149,7 @@ def short_at(write, limit):
 
 def one_byte_at_a_time(write, _):
     with Round(write) as world:
-        run = world.run(environment={"LD_PRELOAD": os.path.join(BUILD, "short_write.so")})
+        run = world.run(environment=traced.preloaded(os.path.join(BUILD, "short_write.so")))
         if status_of(run) != 0:
             raise Failure(f"short writes are not continued: {run.stdout}{run.stderr}")
         world.check(0)
@@ -159,10 +158,11 @@ def one_byte_at_a_time(write, _):
 
 def jobs():
     for write in WRITES:
-        calls, own = calls_of(write)
-        for call in calls[1 if os.environ.get("ZARN_LONG") else own:]:
+        own, all_calls = calls_of(write)
+        for call in all_calls if os.environ.get("ZARN_LONG") else own:
             yield f"kill {write[0]} at {call}", kill_at, (write, call)
-        for call in calls[own:-3]:  # the last three print the status and end the program
+        # The last three print the status and end the program.
+        for call in (call for call in own if call.on_files) if SANITIZED else own[:-3]:
             for error in ERRORS:
                 yield f"{error} in {write[0]} at {call}", fail_at, (write, error, call)
         for limit in range(0, 280, 1 if os.environ.get("ZARN_LONG") else 9):
@@ -171,8 +171,9 @@ def jobs():
 
 
 def main():
-    global BUILD
+    global BUILD, SANITIZED
     BUILD = os.path.realpath(sys.argv[1])
+    SANITIZED = sys.argv[2:] == ["--sanitized"]
     counts = {}
     failed = []
 
@@ -182,7 +183,7 @@ def main():
             effective = function(*arguments)
             kind = name.split()[0]
             counts[kind] = counts.get(kind, 0) + bool(effective)
-        except Failure as failure:
+        except (Failure, subprocess.TimeoutExpired) as failure:
             failed.append(f"{name}: {failure}")
 
     with ThreadPoolExecutor(4) as pool:

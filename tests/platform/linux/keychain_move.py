@@ -14,10 +14,15 @@ after the first four are thinned out.
 
 import os
 import shutil
+import signal
 import subprocess
 import sys
 
 SUPPORT = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../../support")
+sys.dont_write_bytecode = True
+sys.path.insert(0, SUPPORT)
+import traced  # noqa: E402
+
 ITEMS = {"one": "secret1", "two": "secret2", "three": "secret3"}
 FILE_CALLS = ("unlink", "rename", "fsync", "flock", "write")
 
@@ -27,9 +32,7 @@ class Failure(Exception):
 
 
 def probe(build, choice, *operations, prefix=()):
-    return subprocess.run(
-        [*prefix, os.path.join(build, "keychain_probe"), choice, *operations], text=True,
-        stdout=subprocess.PIPE, stderr=subprocess.PIPE, check=False)
+    return traced.run([*prefix, os.path.join(build, "keychain_probe"), choice, *operations])
 
 
 def folder():
@@ -92,9 +95,10 @@ class Rounds:
     def kill_at(self, call, number):
         """Whether the start was killed before it ended by itself."""
         self.reset()
-        run = probe(self.build, "automatic", "copy,service,one", prefix=[
-            "strace", "-f", "-qq", "-o", "/dev/null", "-e", f"trace={call}", "-e",
-            f"inject={call}:signal=SIGKILL:when={number}"])
+        run = probe(self.build, "automatic", "copy,service,one", prefix=traced.strace(
+            "/dev/null", "-f", "-e", f"trace={call}", "-e", f"inject={call}:signal=SIGKILL:when={number}"))
+        if run.returncode not in (0, -signal.SIGKILL):
+            raise Failure(f"ended with {run.returncode}: {run.stderr}")
         for account, secret in ITEMS.items():
             if not in_file(self.build, account) and secret not in copies(account):
                 raise Failure(f"{account} is lost")
@@ -142,7 +146,7 @@ def main():
     if sys.argv[2:] in (["--inside"], ["--conflicts"]):
         try:
             return inside(build) if sys.argv[2] == "--inside" else conflicts(build)
-        except Failure as failure:
+        except (Failure, subprocess.TimeoutExpired) as failure:
             print("FAILED", failure)
             return 1
     return max(subprocess.run(
