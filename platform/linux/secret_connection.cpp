@@ -85,6 +85,13 @@ std::optional<std::string> sessionBusAddress()
     return text;
 }
 
+SecretConnection::~SecretConnection()
+{
+    close();
+    // What the session had subscribed to is given back on the context that it was opened on.
+    m_await.poll();
+}
+
 SecretConnection::Reply SecretConnection::callOn(const char* destination, const char* path,
     const char* interface, const char* method, GVariant* arguments, const char* replyType,
     Deadline deadline)

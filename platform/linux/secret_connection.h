@@ -37,6 +37,11 @@ public:
         bool ok() const { return outcome == CallOutcome::Answered; }
     };
 
+    SecretConnection() = default;
+    ~SecretConnection();
+    SecretConnection(const SecretConnection&) = delete;
+    SecretConnection& operator=(const SecretConnection&) = delete;
+
     /// Asks the bus for the service without talking to it: Answered when it runs or can be started.
     CallOutcome find(Deadline deadline);
     /// Opens the session. Absent: the bus answers, and neither runs such a service nor can start
