@@ -22,6 +22,14 @@ if(ZARN_SANITIZE)
     target_compile_options(zarn_options INTERFACE
         -fsanitize=${zarn_sanitizers} -fno-omit-frame-pointer -fno-sanitize-recover=all)
     target_link_options(zarn_options INTERFACE -fsanitize=${zarn_sanitizers})
+    # The standard library checks its own preconditions too.
+    target_compile_definitions(zarn_options INTERFACE _GLIBCXX_ASSERTIONS)
+    if(NOT ZARN_FUZZ)
+        # Built to be tested once: this halves the compiler's work, and reports keep their lines.
+        target_compile_options(zarn_options INTERFACE -O1 -g1)
+        target_sources(zarn_options INTERFACE
+            "$<$<STREQUAL:$<TARGET_PROPERTY:TYPE>,EXECUTABLE>:${CMAKE_CURRENT_LIST_DIR}/sanitizer_defaults.cpp>")
+    endif()
 endif()
 if(ZARN_FUZZ)
     target_compile_options(zarn_options INTERFACE -fsanitize=fuzzer-no-link)

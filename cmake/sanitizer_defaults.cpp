@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+// What the sanitizers assume in our programs; linked into each of them, because a test may start
+// one with an environment of its own.
+
+// Qt, GLib and the other libraries are not instrumented: much of what orders their threads cannot
+// be seen, so that each of their accesses to memory of their own would look like a race. Only what
+// our own code accesses is reported; what the libraries lock and unlock still counts as order.
+extern "C" const char* __tsan_default_options()
+{
+    return "ignore_noninstrumented_modules=1";
+}
+
+// What a test reads from standard error is what the program said: no table of suppressions.
+extern "C" const char* __lsan_default_options()
+{
+    return "print_suppressions=0";
+}
+
+// Qt 6.4 does not release what its D-Bus thread was given when a process ends; a program that does
+// nothing but show an empty combo box leaks the same. An object of ours that leaks is still told:
+// what is hidden is only what Qt itself allocates, inside QObject's constructor and for D-Bus.
+extern "C" const char* __lsan_default_suppressions()
+{
+    return "leak:libQt6DBus.so\nleak:^QObject::QObject\n";
+}
+
+extern "C" const char* __ubsan_default_options()
+{
+    return "print_stacktrace=1";
+}
