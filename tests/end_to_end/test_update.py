@@ -69,7 +69,7 @@ class Update(WorldTest):
         self.check(f"{ROW}2.0.0</td></tr>").press("Ignore")
         self.assertFalse(os.path.exists(self.opened))
         self.check(f"{ROW}2.0.0</td></tr>").press("View")
-        wait_for(lambda: os.path.exists(self.opened), "the page to open")
+        wait_for(lambda: os.path.exists(self.opened) and os.path.getsize(self.opened), "the page to open")
         with open(self.opened, encoding="utf-8") as file:
             self.assertEqual(file.read(), "https://zarn-actions.example/releases\n")
 
