@@ -4,13 +4,15 @@
 #include "platform/bundle.h"
 #include "platform/fatal.h"
 
+#include <string_view>
+
 namespace zarn {
 
 namespace {
 
 std::string percentEncoded(const std::string& text)
 {
-    static constexpr char digits[] = "0123456789ABCDEF";
+    static constexpr std::string_view digits = "0123456789ABCDEF";
     std::string result;
     for (const char c : text) {
         const auto byte = static_cast<unsigned char>(c);

@@ -224,8 +224,9 @@ int main(int argc, char** argv)
     const std::string mode = argc > 1 ? argv[1] : "";
     if (mode == "--window")
         return addInWindow();
-    if (mode == "--bare")
-        return requestAlone(std::getenv("BENCH_SERVER"));
+    const char* const server = std::getenv("BENCH_SERVER");
+    if (mode == "--bare" && server)
+        return requestAlone(server);
     if (argc != 3)
         stop("usage: bench-add-profile PAIRS FOLDER");
     return compare(std::atoi(argv[1]), argv[2]) ? 0 : 1;

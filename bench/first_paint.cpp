@@ -50,6 +50,7 @@ pid_t start(const std::vector<std::string>& command)
     if (child != 0)
         return child;
     std::vector<char*> arguments;
+    arguments.reserve(command.size() + 1);
     for (const auto& word : command)
         arguments.push_back(const_cast<char*>(word.c_str()));
     arguments.push_back(nullptr);

@@ -29,7 +29,7 @@ void checkFile(std::string_view input)
 {
     const auto opened = openKeychainFile(input, key);
     const bool hasHeader = input.size() >= keychainHeaderSize
-        && input.substr(0, 8) == std::string_view("ZARNKCF", 8);
+        && input.substr(0, 8) == std::string_view("ZARNKCF\0", 8);
     expect((opened.state == KeychainFileState::Damaged) == !hasHeader, "damaged");
     expect(opened.state == KeychainFileState::Opened || opened.contents.items.empty(),
         "contents of a file that was not opened");

@@ -7,7 +7,7 @@ namespace zarn {
 
 std::string base64Encoded(std::string_view bytes)
 {
-    static constexpr char alphabet[]
+    static constexpr std::string_view alphabet
         = "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/";
     std::string text;
     text.reserve((bytes.size() + 2) / 3 * 4);

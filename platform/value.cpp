@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/value.h"
 
+#include <array>
 #include <cstdio>
 
 namespace zarn {
@@ -17,9 +18,9 @@ namespace {
 
 std::string describeReal(double value)
 {
-    char buffer[40];
-    std::snprintf(buffer, sizeof buffer, "%.17g", value);
-    return buffer;
+    std::array<char, 40> buffer{};
+    std::snprintf(buffer.data(), buffer.size(), "%.17g", value);
+    return buffer.data();
 }
 
 std::string describeArray(const Value::Array& array)

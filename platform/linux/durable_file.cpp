@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/durable_file.h"
 
+#include <array>
 #include <cerrno>
 #include <cstdio>
 #include <cstring>
@@ -20,7 +21,7 @@ Error failure(const std::string& what, const std::string& path, int number = err
 {
     const auto code = number == ENOENT ? ErrorCode::NotFound : ErrorCode::Io;
     // Only opening without following links ends so, and the system's own words mislead.
-    const auto reason = number == ELOOP ? "it is a symbolic link" : std::strerror(number);
+    const auto* const reason = number == ELOOP ? "it is a symbolic link" : std::strerror(number);
     return {code, what + " " + path + ": " + reason};
 }
 
@@ -130,9 +131,9 @@ std::string utcNow()
     const std::time_t now = std::time(nullptr);
     std::tm parts{};
     ::gmtime_r(&now, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y%m%dT%H%M%SZ", &parts);
-    return text;
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y%m%dT%H%M%SZ", &parts);
+    return text.data();
 }
 
 // A name beginning with `prefix` under which that very file is kept already.

@@ -42,7 +42,7 @@ bool isDigit(char c)
 
 std::string_view takeDigits(std::string_view& text)
 {
-    const auto end = std::find_if_not(text.begin(), text.end(), isDigit);
+    const auto* const end = std::find_if_not(text.begin(), text.end(), isDigit);
     const auto run = text.substr(0, static_cast<std::size_t>(end - text.begin()));
     text.remove_prefix(run.size());
     return run;

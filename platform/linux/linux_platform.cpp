@@ -28,6 +28,7 @@
 #include <cstdlib>
 #include <string_view>
 #include <thread>
+#include <utility>
 
 #include <unistd.h>
 
@@ -90,15 +91,15 @@ QIcon applicationIcon()
 } // namespace
 
 struct LinuxPlatform::Adapters {
-    explicit Adapters(const Options& options)
-        : m_options(options)
+    explicit Adapters(Options options)
+        : m_options(std::move(options))
     {
     }
 
-    void afterFirstPaint();
+    void afterFirstPaint() const;
     void openLink(const std::string& address);
-    std::vector<std::string> ownTitles();
-    void followColorPreference();
+    std::vector<std::string> ownTitles() const;
+    void followColorPreference() const;
     KeychainOptions keychainOptions() const;
 
     Options m_options;
@@ -155,7 +156,7 @@ LinuxPlatform::Adapters::WithDisplay::~WithDisplay()
         preloading.join();
 }
 
-void LinuxPlatform::Adapters::afterFirstPaint()
+void LinuxPlatform::Adapters::afterFirstPaint() const
 {
     display->keychain.preload();
     display->preloading = std::thread([&sessions = display->urlSessions] { sessions.preload(); });
@@ -167,7 +168,7 @@ void LinuxPlatform::Adapters::openLink(const std::string& address)
         workspace.openUrl(*url);
 }
 
-std::vector<std::string> LinuxPlatform::Adapters::ownTitles()
+std::vector<std::string> LinuxPlatform::Adapters::ownTitles() const
 {
     std::vector<std::string> titles;
     for (auto* window : display->application.windows())
@@ -176,7 +177,7 @@ std::vector<std::string> LinuxPlatform::Adapters::ownTitles()
 }
 
 // A launch argument or a value of our own goes before what the desktop prefers.
-void LinuxPlatform::Adapters::followColorPreference()
+void LinuxPlatform::Adapters::followColorPreference() const
 {
     applyDark(display->settings.standard().string("AppleInterfaceStyle") == "Dark");
 }

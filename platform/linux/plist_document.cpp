@@ -7,11 +7,10 @@
 
 #include <algorithm>
 #include <bit>
+#include <clocale>
 #include <cmath>
 #include <cstdlib>
 #include <limits>
-
-#include <locale.h>
 
 namespace zarn::linux_backend {
 
@@ -136,8 +135,8 @@ plist_t arrayNode(const Value::Array& array, bool& exact)
 }
 
 // The library's own functions know 32 bits of seconds only, its binary form knows all: a header, a
-// tag, eight bytes, and a fixed table behind them.
-constexpr std::string_view binaryStart = "bplist00\x33";
+// tag (3), eight bytes, and a fixed table behind them.
+constexpr std::string_view binaryStart = "bplist003";
 
 plist_t farDateNode(double seconds)
 {
@@ -392,7 +391,7 @@ std::string plistXmlOf(const Value& value)
 {
     bool exact = true;
     plist_t node = nodeOf(value, exact);
-    const auto xml = node ? xmlOf(node) : "";
+    auto xml = node ? xmlOf(node) : "";
     plist_free(node);
     return xml;
 }

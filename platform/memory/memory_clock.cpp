@@ -42,7 +42,7 @@ std::string field(char letter, std::size_t count, std::chrono::sys_seconds momen
     case 'E':
         return weekdays.at(weekday(day).c_encoding());
     default:
-        return std::string(count, letter);
+        return std::string().append(count, letter);
     }
 }
 

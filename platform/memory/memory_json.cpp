@@ -3,6 +3,7 @@
 
 #include "platform/utf8.h"
 
+#include <array>
 #include <charconv>
 #include <cmath>
 #include <cstdio>
@@ -247,13 +248,13 @@ std::string quoted(const std::string& text)
 {
     std::string result = "\"";
     for (const char c : text) {
-        char buffer[8];
+        std::array<char, 8> buffer{};
         if (c == '"' || c == '\\') {
             result += '\\';
             result += c;
         } else if (static_cast<unsigned char>(c) < 0x20) {
-            std::snprintf(buffer, sizeof buffer, "\\u%04x", static_cast<unsigned>(c));
-            result += buffer;
+            std::snprintf(buffer.data(), buffer.size(), "\\u%04x", static_cast<unsigned>(c));
+            result += buffer.data();
         } else {
             result += c;
         }

@@ -71,14 +71,14 @@ bool MemoryWindowController::moveFocus(std::string_view name)
     return true;
 }
 
-void MemoryWindowController::typeKeys(std::string_view text)
+void MemoryWindowController::typeKeys(std::string_view text) const
 {
     auto* const field = outlets.focus.field;
     if (field && field->isEditable())
         field->type(field->stringValue() + std::string(text));
 }
 
-void MemoryWindowController::pressReturn()
+void MemoryWindowController::pressReturn() const
 {
     if (outlets.focus.field)
         outlets.focus.field->endEditing();
@@ -114,7 +114,7 @@ std::unique_ptr<WindowController> MemoryStoryboard::instantiateInitialController
     auto initial = load("LoginVC", "Zarn Actions");
     initial->view.onSegue = [this](std::string_view identifier) {
         if (identifier != "termsOfUse")
-            fatalError("storyboard \"Main\" has no segue \"" + std::string(identifier) + "\"");
+            fatalError(R"(storyboard "Main" has no segue ")" + std::string(identifier) + "\"");
         presentTerms();
     };
     return initial;

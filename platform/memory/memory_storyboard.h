@@ -72,9 +72,9 @@ public:
     /// Moves the keyboard focus to a control; false when that one is hidden or disabled.
     [[nodiscard]] bool moveFocus(std::string_view name);
     /// Types at the end of the field that has the keyboard focus.
-    void typeKeys(std::string_view text);
+    void typeKeys(std::string_view text) const;
     /// Presses Return, which stays in the field.
-    void pressReturn();
+    void pressReturn() const;
 
     bool withoutWindow = false;
     MemoryWindow ownWindow;

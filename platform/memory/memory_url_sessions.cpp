@@ -49,7 +49,7 @@ std::shared_ptr<UrlSession> MemoryUrlSessions::makeSession(
 void MemoryUrlSessions::removeAllCachedResponses()
 {
     ++cacheClears;
-    m_events.push_back("empty the URL cache");
+    m_events.emplace_back("empty the URL cache");
 }
 
 bool MemoryUrlSessions::deliver()

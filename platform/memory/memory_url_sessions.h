@@ -37,9 +37,9 @@ public:
     /// The reply to the next request without one; in order. Without a script there is no response.
     void reply(int status, std::string body)
     {
-        m_replies.push_back(HttpResponse{status, std::move(body)});
+        m_replies.emplace_back(HttpResponse{status, std::move(body)});
     }
-    void replyNothing() { m_replies.push_back(std::nullopt); }
+    void replyNothing() { m_replies.emplace_back(std::nullopt); }
     /// Runs the completion of the oldest running task; false when there is none.
     bool deliver();
     /// Delivers until no task runs, tasks started meanwhile included.
