@@ -10,6 +10,7 @@
 #include <algorithm>
 #include <array>
 #include <cstdio>
+#include <cstring>
 #include <fstream>
 #include <random>
 #include <string>
@@ -48,16 +49,23 @@ Masked maskedFile(const std::string& path)
     return hidden.size() > marks ? hidden.substr(marks) : "";
 }
 
+bool standsAt(const char* bytes, const Masked& hidden)
+{
+    return std::equal(hidden.begin(), hidden.end(), bytes,
+        [](char one, char other) { return (one ^ static_cast<char>(mask)) == other; });
+}
+
 std::size_t countIn(std::string_view block, const Masked& hidden)
 {
     std::size_t count = 0;
-    for (std::size_t at = 0; at + hidden.size() <= block.size(); ++at) {
-        std::size_t same = 0;
-        while (same < hidden.size()
-            && static_cast<unsigned char>(block[at + same])
-                == (static_cast<unsigned char>(hidden[same]) ^ mask))
-            ++same;
-        count += same == hidden.size() ? 1 : 0;
+    const int first = static_cast<unsigned char>(hidden[0]) ^ mask;
+    while (block.size() >= hidden.size()) {
+        const auto* found = static_cast<const char*>(
+            std::memchr(block.data(), first, block.size() - hidden.size() + 1));
+        if (!found)
+            break;
+        count += standsAt(found, hidden) ? 1 : 0;
+        block.remove_prefix(static_cast<std::size_t>(found - block.data()) + 1);
     }
     return count;
 }
