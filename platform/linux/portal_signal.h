@@ -17,7 +17,8 @@ public:
         received;
 
 public slots:
-    void settingChanged(const QString& nameSpace, const QString& key, const QDBusVariant& value)
+    void settingChanged(
+        const QString& nameSpace, const QString& key, const QDBusVariant& value) const
     {
         received(nameSpace, key, value.variant());
     }

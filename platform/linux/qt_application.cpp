@@ -14,6 +14,7 @@
 #include <QTextBrowser>
 #include <QTimer>
 
+#include <array>
 #include <string_view>
 
 namespace zarn::linux_backend {
@@ -42,11 +43,11 @@ struct EditCommand {
 };
 
 constexpr EditCommand separator{nullptr, QKeySequence::UnknownKey, nullptr};
-constexpr EditCommand editCommands[]
-    = {{"&Undo", QKeySequence::Undo, "undo"}, {"&Redo", QKeySequence::Redo, "redo"}, separator,
+constexpr auto editCommands = std::to_array<EditCommand>(
+    {{"&Undo", QKeySequence::Undo, "undo"}, {"&Redo", QKeySequence::Redo, "redo"}, separator,
         {"Cu&t", QKeySequence::Cut, "cut"}, {"&Copy", QKeySequence::Copy, "copy"},
         {"&Paste", QKeySequence::Paste, "paste"}, {"&Delete", QKeySequence::UnknownKey, "delete"},
-        separator, {"Select &All", QKeySequence::SelectAll, "selectAll"}};
+        separator, {"Select &All", QKeySequence::SelectAll, "selectAll"}});
 
 void perform(std::string_view slot)
 {

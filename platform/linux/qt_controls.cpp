@@ -98,7 +98,7 @@ bool QtTextField::eventFilter(QObject* watched, QEvent* event)
     return QObject::eventFilter(watched, event);
 }
 
-QtButton::QtButton(QAbstractButton* button, ControlAction action)
+QtButton::QtButton(QAbstractButton* button, const ControlAction& action)
     : QtControlOf(button)
 {
     if (qobject_cast<QCheckBox*>(button)) {

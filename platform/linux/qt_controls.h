@@ -72,7 +72,7 @@ private:
 
 class QtButton final : public QtControlOf<Button, QAbstractButton> {
 public:
-    QtButton(QAbstractButton* button, ControlAction action);
+    QtButton(QAbstractButton* button, const ControlAction& action);
     void setTitle(std::string_view title) override;
     std::string title() const override;
     void setState(int state) override;
@@ -92,7 +92,7 @@ private:
 
 class QtPopUpButton final : public QtControlOf<PopUpButton, QComboBox> {
 public:
-    QtPopUpButton(QComboBox* box, ControlAction action);
+    QtPopUpButton(QComboBox* box, const ControlAction& action);
     void removeAllItems() override;
     void addItem(std::string_view title) override;
     void addItems(const std::vector<std::string>& titles) override;

@@ -22,7 +22,7 @@ bool isSeparator(const QComboBox& box, int index)
 }
 } // namespace
 
-QtPopUpButton::QtPopUpButton(QComboBox* box, ControlAction action)
+QtPopUpButton::QtPopUpButton(QComboBox* box, const ControlAction& action)
     : QtControlOf(box)
 {
     // Also when the item that is chosen already is chosen again.
@@ -125,6 +125,7 @@ std::string QtPopUpButton::titleOfSelectedItem() const
 std::vector<std::string> QtPopUpButton::itemTitles() const
 {
     std::vector<std::string> titles;
+    titles.reserve(numberOfItems());
     for (int i = 0; i < widget().count(); ++i)
         titles.push_back(isSeparator(widget(), i) ? "" : widget().itemText(i).toStdString());
     return titles;

@@ -97,7 +97,7 @@ void QtStoryboard::showWindow(std::unique_ptr<WindowController> controller)
 void QtStoryboard::performSegue(QtScene& from, std::string_view identifier)
 {
     if (identifier != "termsOfUse")
-        fatalError("storyboard \"Main\" has no segue \"" + std::string(identifier) + "\"");
+        fatalError(R"(storyboard "Main" has no segue ")" + std::string(identifier) + "\"");
     auto window = makeWindow<Ui::TermsWindow>();
     window->setParent(&from.mainWindow(), Qt::Dialog);
     window->setWindowModality(Qt::ApplicationModal);

@@ -48,7 +48,7 @@ CallOutcome outcomeOf(const GError& error)
 std::string nameOf(const GError& error)
 {
     gchar* const remote = g_dbus_error_get_remote_error(&error);
-    const std::string name = remote ? remote : "";
+    std::string name = remote ? remote : "";
     g_free(remote);
     return name;
 }
@@ -235,7 +235,7 @@ void SecretConnection::close()
 std::string SecretConnection::currentOwner() const
 {
     gchar* const owner = g_dbus_proxy_get_name_owner(G_DBUS_PROXY(m_service.get()));
-    const std::string name = owner ? owner : "";
+    std::string name = owner ? owner : "";
     g_free(owner);
     return name;
 }

@@ -57,7 +57,7 @@ SingleInstance::Outcome SingleInstance::claim(
     }
 }
 
-void SingleInstance::announceEnding()
+void SingleInstance::announceEnding() const
 {
     [[maybe_unused]] const auto written = ::pwrite(m_descriptor, "ending\n", 7, 0);
 }

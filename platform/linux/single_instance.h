@@ -30,7 +30,7 @@ public:
     /// ending is waited for, at most `patience`. Catch SIGUSR1 before.
     Outcome claim(const std::string& path, std::chrono::milliseconds patience);
     /// From now on a new start waits for the end of this process instead of calling on it.
-    void announceEnding();
+    void announceEnding() const;
 
 private:
     bool isHolderEnding() const;

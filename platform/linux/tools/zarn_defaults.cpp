@@ -3,6 +3,7 @@
 #include "platform/linux/plist_settings.h"
 #include "platform/utf8.h"
 
+#include <array>
 #include <charconv>
 #include <cstdio>
 #include <ctime>
@@ -94,9 +95,9 @@ std::string dateText(Date date)
     const auto seconds = static_cast<std::time_t>(date.secondsSince1970);
     std::tm parts{};
     ::gmtime_r(&seconds, &parts);
-    char text[32];
-    std::strftime(text, sizeof text, "%Y-%m-%dT%H:%M:%SZ", &parts);
-    return text;
+    std::array<char, 32> text{};
+    std::strftime(text.data(), text.size(), "%Y-%m-%dT%H:%M:%SZ", &parts);
+    return text.data();
 }
 
 std::string rendered(const Value& value)

@@ -2,6 +2,7 @@
 #include "platform/linux/keychain_factory.h"
 #include "platform/linux/wipe.h"
 
+#include <array>
 #include <cstdio>
 #include <string>
 #include <vector>
@@ -121,9 +122,9 @@ std::string escaped(const std::string& text)
             result += c;
             continue;
         }
-        char code[5];
-        std::snprintf(code, sizeof code, "\\x%02X", static_cast<unsigned>(byte));
-        result += code;
+        std::array<char, 5> code{};
+        std::snprintf(code.data(), code.size(), "\\x%02X", static_cast<unsigned>(byte));
+        result += code.data();
     }
     return result;
 }
