@@ -50,6 +50,18 @@ def release(key):
     subprocess.run(["xdotool", "keyup", key], check=True)
 
 
+def activate(window):
+    """Has the window manager give an X11 window the keyboard: only then does it hear alt+F4 for it."""
+    def is_active():
+        active = subprocess.run(["xdotool", "getactivewindow"], capture_output=True, text=True, check=False)
+        if active.stdout.strip() == window:
+            return True
+        subprocess.run(["xdotool", "windowactivate", window], stderr=subprocess.DEVNULL, check=False)
+        return False
+
+    wait_for(is_active, f"window {window} to be active")
+
+
 def screenshot(path):
     subprocess.run(["import", "-window", "root", path], check=True)
 
@@ -149,6 +161,15 @@ class Screen:
 
     def window_titles(self):
         return [window.get_name() for window in self.windows()]
+
+    def x_window(self, title):
+        """The X11 window of the program with this title."""
+        def found():
+            return subprocess.run(
+                ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self._pid), "--name", f"^{title}$"],
+                capture_output=True, text=True, check=False).stdout.split()
+
+        return wait_for(found, f"a window titled {title!r}")[0]
 
     def find(self, role, name, shown=True):
         """A control by role and accessible name in any window, or None."""
