@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """Takes the pictures that README shows: make_pictures.py BUILD_FOLDER PICTURE_FOLDER.
 
-Run it under tests/support/with_desktop --wm openbox --screen 760x560.
+Run it under tests/support/with_desktop --wm openbox --screen 760x720.
 """
 
 import datetime
@@ -18,9 +18,10 @@ from world import (ACTIONS_SUITE, SHARED_SUITE, STANDARD, DemoServer, Program, b
 FOLDER = os.path.abspath(sys.argv[2])
 
 
-def take(name):
-    """The screen without its empty margin."""
-    subprocess.run(["import", "-window", "root", "-trim", "+repage", os.path.join(FOLDER, name + ".png")], check=True)
+def take(name, window="root"):
+    """The screen without its empty margin, or one window with its frame."""
+    subprocess.run(["import", "-frame", "-window", window, "-trim", "+repage", os.path.join(FOLDER, name + ".png")],
+                   check=True)
 
 
 def portal(scheme):
@@ -87,7 +88,7 @@ def main():
             screen.menu("Zarn Actions", "About Zarn Actions")
             wait_for(lambda: "About" in screen.window_titles(), "the About window")
             wait_for(lambda: screen.shows("label", "Version 1.0.0 (1)"), "its contents")
-            take(name)
+            take(name, screen.x_window("About"))
         return work
 
     with_program(about("about"))

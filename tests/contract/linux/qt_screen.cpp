@@ -39,6 +39,21 @@ void later(std::function<void()> work)
         Qt::QueuedConnection);
 }
 
+/// On a busy machine the display may take the focus for one that is not there yet; a user would
+/// click on the only window that there is to click on.
+void clickOnTheOnlyWindow()
+{
+    QWidgetList windows;
+    for (auto* widget : QApplication::topLevelWidgets()) {
+        if (widget->isVisible() && qobject_cast<QMainWindow*>(widget))
+            windows.append(widget);
+    }
+    if (auto* modal = QApplication::activeModalWidget())
+        modal->activateWindow();
+    else if (windows.size() == 1)
+        windows.first()->activateWindow();
+}
+
 QPoint middleOf(QTextBrowser& view, int start, int length)
 {
     QTextCursor cursor(view.document());
@@ -86,6 +101,8 @@ QMainWindow* QtScreenFixture::front()
 {
     QMainWindow* window = nullptr;
     const bool found = runEventsUntil([&] {
+        if (!QApplication::activeWindow())
+            clickOnTheOnlyWindow();
         window = qobject_cast<QMainWindow*>(QApplication::activeWindow());
         const auto* modal = QApplication::activeModalWidget();
         return window && (!modal || modal == window);
