@@ -74,10 +74,16 @@ class ProcessTest(unittest.TestCase):
                               check=False).stdout.split()
 
     def visible_window(self, process):
-        found = self.xdotool("search", "--sync", "--onlyvisible", "--all", "--pid",
-                             str(process.pid), "--name", "^Zarn Actions$")
-        self.assertEqual(len(found), 1)
-        return found[0]
+        # Not --sync: a search fails when a window goes while it looks at it.
+        deadline = time.monotonic() + LIMIT
+        while time.monotonic() < deadline and process.poll() is None:
+            found = self.xdotool("search", "--onlyvisible", "--all", "--pid",
+                                 str(process.pid), "--name", "^Zarn Actions$")
+            if found:
+                self.assertEqual(len(found), 1)
+                return found[0]
+            time.sleep(0.02)
+        return self.fail(f"no window in {LIMIT} s" if process.poll() is None else process.stderr.read())
 
     def end(self, process, number=signal.SIGTERM):
         process.send_signal(number)

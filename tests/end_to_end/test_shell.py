@@ -7,7 +7,7 @@ import subprocess
 import time
 import unittest
 
-from screen import NotFound, activate, keys, wait_for
+from screen import activate, keys, wait_for
 from world import STANDARD, DemoServer, WorldTest, built, config_folder, log_messages, settings, write_settings
 
 
@@ -19,13 +19,14 @@ class Terms(WorldTest):
         return self.screen
 
     def terms_window(self):
-        found = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.program.process.pid)],
-                               capture_output=True, text=True, check=False).stdout.split()
-        for window in found:
-            name = subprocess.run(["xdotool", "getwindowname", window], capture_output=True, text=True, check=True)
-            if name.stdout.strip() != "Zarn Actions":
-                return window
-        raise NotFound(f"no window of the terms among {found}")
+        def found():
+            windows = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.program.process.pid)],
+                                     capture_output=True, text=True, check=False).stdout.split()
+            names = [subprocess.run(["xdotool", "getwindowname", window], capture_output=True, text=True,
+                                    check=False).stdout.strip() for window in windows]
+            return [window for window, name in zip(windows, names) if name != "Zarn Actions"]
+
+        return wait_for(found, "the window of the terms")[0]
 
     def assert_still_asking(self):
         self.assertTrue(self.screen.shows("push button", "Accept"))
