@@ -113,20 +113,29 @@ private:
             && attributes->_class != XCB_WINDOW_CLASS_INPUT_ONLY;
     }
 
-    /// The program's own window in a window manager's frame: it alone has a state.
-    std::optional<xcb_window_t> programWindow(xcb_window_t window, int depth)
+    /// The foremost window on screen, this one or one in it, that has a property.
+    std::optional<xcb_window_t> windowWith(xcb_atom_t name, xcb_window_t window, int depth = 0)
     {
         if (!isVisible(window))
             return std::nullopt;
-        if (property(window, m_wmState).type != XCB_ATOM_NONE)
+        if (property(window, name).type != XCB_ATOM_NONE)
             return window;
         if (depth == deepest)
             return std::nullopt;
         for (const auto child : children(window)) {
-            if (const auto found = programWindow(child, depth + 1))
+            if (const auto found = windowWith(name, child, depth + 1))
                 return found;
         }
         return std::nullopt;
+    }
+
+    /// The program's own window in a window manager's frame: it alone has a state. Just after it
+    /// was shown not even it does; frames seldom have a class.
+    xcb_window_t programWindow(xcb_window_t topLevel)
+    {
+        if (const auto found = windowWith(m_wmState, topLevel))
+            return *found;
+        return windowWith(XCB_ATOM_WM_CLASS, topLevel).value_or(topLevel);
     }
 
     /// Window managers park windows of their own beyond the edge.
@@ -142,7 +151,7 @@ private:
     {
         if (!isVisible(topLevel) || !isWithin(screen, topLevel))
             return;
-        const auto window = programWindow(topLevel, 0).value_or(topLevel);
+        const auto window = programWindow(topLevel);
         const auto windowClass = property(window, XCB_ATOM_WM_CLASS).bytes;
         auto title = text(window, m_netWmName);
         if (title.empty())

@@ -5,6 +5,7 @@
 #include <memory>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <poll.h>
 
@@ -20,7 +21,15 @@ public:
         , m_screen(xcb_setup_roots_iterator(xcb_get_setup(m_connection)).data)
     {
     }
-    ~X11Windows() { xcb_disconnect(m_connection); }
+    /// The connection stays, without its windows: the next one would be given the same numbers for
+    /// its windows, and a busy window manager take them for these.
+    ~X11Windows()
+    {
+        for (const auto window : m_windows)
+            xcb_destroy_window(m_connection, window);
+        sync();
+        s_ended.push_back(m_connection);
+    }
     X11Windows(const X11Windows&) = delete;
     X11Windows& operator=(const X11Windows&) = delete;
 
@@ -36,6 +45,7 @@ public:
             parent == XCB_WINDOW_NONE ? m_screen->root : parent, 10, 10, 200, 100, 0,
             static_cast<std::uint16_t>(kind), XCB_COPY_FROM_PARENT,
             XCB_CW_OVERRIDE_REDIRECT | XCB_CW_EVENT_MASK, values);
+        m_windows.push_back(window);
         return window;
     }
     void setClass(xcb_window_t window, const std::string& instance, const std::string& name)
@@ -134,8 +144,11 @@ private:
         return false;
     }
 
+    inline static std::vector<xcb_connection_t*> s_ended;
+
     xcb_connection_t* m_connection;
     xcb_screen_t* m_screen;
+    std::vector<xcb_window_t> m_windows;
 };
 
 } // namespace zarn::linux_backend

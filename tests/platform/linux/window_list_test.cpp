@@ -64,6 +64,17 @@ TEST_F(X11WindowListTest, AWindowInAForeignFrameWithNamesOfItsOwnIsFound)
     EXPECT_EQ(listed(), Texts{"Editor/Letter"});
 }
 
+TEST_F(X11WindowListTest, AWindowWithoutAStateYetIsFoundInItsFrame)
+{
+    const auto frame = other.make();
+    const auto window = other.make(Managed::No, frame);
+    other.setClass(window, "editor", "Editor");
+    other.setTitle(window, "Letter");
+    other.map(window);
+    other.show(frame);
+    EXPECT_EQ(listed(), Texts{"Editor/Letter"});
+}
+
 TEST_F(X11WindowListTest, AnEmptyFrameIsNoWindow)
 {
     const auto frame = other.make();
