@@ -24,7 +24,7 @@ public:
     virtual void setTitleVisibility(TitleVisibility visibility) = 0;
     virtual void setTitlebarAppearsTransparent(bool transparent) = 0;
     /// Bits of window_style. Without closable, miniaturizable, resizable and fullScreen the user
-    /// and the window manager can do none of these.
+    /// and the window manager can do none of these. Before the window is shown.
     virtual void setStyleMask(unsigned mask) = 0;
     virtual unsigned styleMask() const = 0;
     virtual void setOpaque(bool opaque) = 0;

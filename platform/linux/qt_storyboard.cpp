@@ -122,6 +122,9 @@ void QtStoryboard::sceneClosed(QtScene& scene)
             return;
         const auto ended = std::move(*it);
         m_scenes.erase(it);
+        // A busy window manager may give the keyboard to nobody.
+        if (auto* presenting = ended->mainWindow().parentWidget())
+            presenting->activateWindow();
         m_hooks.windowClosed();
     });
 }

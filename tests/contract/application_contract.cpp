@@ -70,10 +70,10 @@ TEST_P(ApplicationContract, AnApplicationThatWasTerminatedBeforeItRanShowsNothin
 
 TEST_P(ApplicationContract, TermsThatCannotBeClosedDoNotHoldUpTheEnd)
 {
+    record.onWillAppear["ToUVC"]
+        = [](View& view) { view.window()->setStyleMask(window_style::fullSizeContentView); };
     EXPECT_EQ(runWith({[&] {
                            probe("LoginVC").shownView().performSegue("termsOfUse");
-                           probe("ToUVC").shownView().window()->setStyleMask(
-                               window_style::fullSizeContentView);
                            fixture->settle();
                        },
                   [&] {

@@ -37,8 +37,9 @@ void ProbeController::viewDidLoad()
 void ProbeController::viewWillAppear()
 {
     record("viewWillAppear");
-    if (onWillAppear)
-        onWillAppear();
+    if (const auto found = m_record.onWillAppear.find(m_customClass);
+        found != m_record.onWillAppear.end())
+        found->second(view());
 }
 
 void ProbeController::viewDidAppear()

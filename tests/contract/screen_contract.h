@@ -69,6 +69,8 @@ class ProbeController;
 struct ProbeRecord {
     std::vector<std::string> events;
     std::map<std::string, ProbeController*, std::less<>> living;
+    /// What a controller does when its view is about to appear, by custom class.
+    std::map<std::string, std::function<void(View&)>> onWillAppear;
 };
 
 /// Records what it is told: "<class> <callback>", and "<action>" for the use of a control.
@@ -89,7 +91,6 @@ public:
     View& shownView() { return view(); }
     OutletSource& outlets() { return *m_outlets; }
 
-    std::function<void()> onWillAppear;
     /// `button` is what the action came with.
     std::function<void(Button* button)> onAction;
 

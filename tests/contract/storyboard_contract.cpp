@@ -114,7 +114,7 @@ TEST_P(StoryboardContract, AViewThatAppearsKnowsItsWindow)
 {
     auto initial = storyboard().instantiateInitialController();
     const Window* seen = nullptr;
-    probe("LoginVC").onWillAppear = [&] { seen = probe("LoginVC").shownView().window(); };
+    record.onWillAppear["LoginVC"] = [&](View& view) { seen = view.window(); };
     const auto* window = initial->window();
     storyboard().showWindow(std::move(initial));
     EXPECT_EQ(seen, window);
@@ -188,11 +188,10 @@ TEST_P(StoryboardContract, ASegueThatTheStoryboardDoesNotKnowStopsTheProcess)
 
 TEST_P(StoryboardContract, AWindowWithoutClosableIsClosedByItsViewAlone)
 {
+    record.onWillAppear["ToUVC"]
+        = [](View& view) { view.window()->setStyleMask(window_style::fullSizeContentView); };
     showTerms();
-    auto* window = probe("ToUVC").shownView().window();
-    window->setStyleMask(window_style::fullSizeContentView);
-    EXPECT_EQ(window->styleMask(), window_style::fullSizeContentView);
-    fixture->settle();
+    EXPECT_EQ(probe("ToUVC").shownView().window()->styleMask(), window_style::fullSizeContentView);
     EXPECT_FALSE(fixture->closeWindow(""));
     fixture->settle();
     EXPECT_EQ(windowTitles(), (Texts{"Zarn Actions", ""}));

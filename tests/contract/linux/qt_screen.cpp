@@ -283,6 +283,8 @@ bool QtScreenFixture::isInFront(std::string_view title)
 {
     return runEventsUntil([&] {
         const auto* window = QApplication::activeWindow();
+        if (!window)
+            clickOnTheOnlyWindow();
         return window && window->windowTitle() == toQt(title);
     });
 }

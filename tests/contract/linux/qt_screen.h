@@ -54,6 +54,9 @@ private:
     char* m_values[2] = {m_name, nullptr};
     int m_count = 1;
     std::vector<std::string> m_openedLinks;
+    /// Stays connected, so that the display gives the windows of the next test other numbers: a
+    /// busy window manager would take them for these.
+    X11Windows m_taken;
     QtApplication m_application{
         m_count, m_values, [this](const std::string& link) { m_openedLinks.push_back(link); }};
     QtAlertRunner m_alerts{[this] { return m_application.isEnding(); }};
