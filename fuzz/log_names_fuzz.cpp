@@ -52,7 +52,9 @@ void addOthers(std::vector<std::string>& names)
 
 void addFound(std::vector<std::string>& names, std::string_view text)
 {
-    while (!text.empty()) {
+    // With the forty others, some on either side of the limit: more would be the same again.
+    constexpr std::size_t most = 48;
+    while (!text.empty() && names.size() < most) {
         const auto end = std::min(text.find('\n'), text.size());
         std::string name(text.substr(0, end));
         for (char& c : name)
