@@ -11,7 +11,7 @@ import sys
 
 os.environ["ZARN_BUILD"] = os.path.abspath(sys.argv[1])
 
-from screen import wait_for  # noqa: E402
+from screen import activate, wait_for  # noqa: E402
 from world import (ACTIONS_SUITE, SHARED_SUITE, STANDARD, DemoServer, Program, built,  # noqa: E402
                    write_settings)
 
@@ -20,8 +20,8 @@ FOLDER = os.path.abspath(sys.argv[2])
 
 def take(name, window="root"):
     """The screen without its empty margin, or one window with its frame."""
-    subprocess.run(["import", "-frame", "-window", window, "-trim", "+repage", os.path.join(FOLDER, name + ".png")],
-                   check=True)
+    trim = ["-trim", "+repage"] if window == "root" else []
+    subprocess.run(["import", "-frame", "-window", window, *trim, os.path.join(FOLDER, name + ".png")], check=True)
 
 
 def portal(scheme):
@@ -43,7 +43,7 @@ def with_program(work, **options):
 def terms(screen):
     screen.control("push button", "Accept")
     wait_for(lambda: len(screen.windows()) == 2, "both windows")
-    take("terms")
+    take("terms", screen.x_window(""))
 
 
 def store_profiles():
@@ -78,6 +78,7 @@ def main():
     def profile(name):
         def work(screen):
             screen.control("push button", "Set")
+            activate(screen.x_window("Zarn Actions"))
             take(name)
         return work
 
