@@ -24,7 +24,7 @@ namespace {
 // Drawn by us in both modes, so the theme's own dialogs and styles are not even loaded.
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
 {
-    QApplication::setStyle("Fusion");
+    useOwnStyle();
     QApplication::setDesktopSettingsAware(false);
     QCoreApplication::setApplicationName("zarn-actions");
     QGuiApplication::setApplicationDisplayName({});

@@ -61,6 +61,14 @@ class Appearance(WorldTest):
         self.switch(LIGHT)
         wait_for(lambda: background(colors())[0] > 180, "a light panel again")
 
+    def assert_frames_stand_out(self):
+        for role, name in (("text", "Server URL:"), ("password text", "Client Secret:"),
+                           ("check box", "Save credentials")):
+            x, y, width, height = self.area(self.screen.control(role, name))
+            if role == "check box":
+                width = height  # The box alone.
+            self.assertGreaterEqual(text_contrast(colors_of((x, y, width, height))), 3, name)
+
     def test_without_a_portal_everything_is_light(self):
         self.accept_terms()
         self.start()
@@ -78,6 +86,7 @@ class Appearance(WorldTest):
             counts = colors_of(self.area(screen.control(role, name)))
             self.assertLess(max(background(counts)), 110, name)
             self.assertGreaterEqual(text_contrast(counts), 4.5, name)
+        self.assert_frames_stand_out()
 
     def test_the_light_program_is_readable(self):
         self.accept_terms()
@@ -88,6 +97,7 @@ class Appearance(WorldTest):
             counts = colors_of(self.area(screen.control(role, name)))
             self.assertGreater(min(background(counts)), 160, name)
             self.assertGreaterEqual(text_contrast(counts), 4.5, name)
+        self.assert_frames_stand_out()
 
     def test_the_terms_are_readable_in_dark(self):
         write_settings(STANDARD, {})
