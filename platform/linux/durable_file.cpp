@@ -274,11 +274,32 @@ Status removePrivateFile(const std::string& path)
 
 namespace {
 
-Result<std::string> copyTo(const std::string& name, const std::string& path)
+constexpr std::size_t largestCopy = std::size_t{1} << 30;
+
+// A name beginning with `prefix` under which the same contents are kept already.
+std::optional<std::string> copyOf(const std::string& contents, const std::string& prefix)
 {
-    const auto contents = readPrivateFile(path, std::size_t{1} << 30);
+    std::error_code error;
+    std::filesystem::directory_iterator it(folderOf(prefix), error);
+    for (; !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
+        const auto name = it->path().string();
+        if (!name.starts_with(prefix)
+            || stampOf(name).size != static_cast<std::int64_t>(contents.size()))
+            continue;
+        if (const auto kept = readPrivateFile(name, largestCopy); kept && kept.value() == contents)
+            return name;
+    }
+    return std::nullopt;
+}
+
+Result<std::string> copyTo(
+    const std::string& name, const std::string& path, const std::string& prefix)
+{
+    const auto contents = readPrivateFile(path, largestCopy);
     if (!contents)
         return contents.error();
+    if (auto earlier = copyOf(contents.value(), prefix))
+        return *earlier;
     if (const auto written = writeTemporary(name, contents.value()); !written)
         return written.error();
     return name;
@@ -300,7 +321,7 @@ Result<std::string> keepDamagedCopy(const std::string& path)
             return name;
         // Some file systems have no links.
         if (errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS)
-            return copyTo(name, path);
+            return copyTo(name, path, prefix);
         if (errno != EEXIST)
             return failure("cannot keep a copy of", path);
     }

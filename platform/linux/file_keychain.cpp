@@ -78,7 +78,7 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
         return keychain_status::success;
     case KeychainFileState::Damaged:
         damaged = true;
-        m_reports.tell(KeychainState::FileDamaged, m_path);
+        tellDamaged();
         return keychain_status::success;
     case KeychainFileState::UnknownVersion:
         m_reports.tell(KeychainState::FileUnknownVersion, m_path);
@@ -94,8 +94,17 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
     return keychain_status::invalidKeychain;
 }
 
+void FileKeychain::tellDamaged() const
+{
+    const auto kept = keepDamagedCopy(m_path);
+    m_reports.tell(KeychainState::FileDamaged,
+        kept ? m_path + " is kept as " + kept.value() : kept.error().message);
+}
+
 KeychainStatus FileKeychain::keyForWriting(std::string& key)
 {
+    if (const auto made = makeOwnFolder(m_keyPath.substr(0, m_keyPath.rfind('/'))); !made)
+        return failed(made.error(), KeychainState::FileUnwritable);
     auto stored = readPrivateFile(m_keyPath, 2 * keychainKeySize);
     if (stored && stored.value().size() == keychainKeySize) {
         key = std::move(stored.value());
@@ -113,9 +122,7 @@ KeychainStatus FileKeychain::keyForWriting(std::string& key)
     key = newKeychainKey();
     if (key.empty())
         return keychain_status::ioFailure;
-    auto written = makePrivateFolder(m_keyPath.substr(0, m_keyPath.rfind('/')));
-    if (written)
-        written = replacePrivateFile(m_keyPath, key);
+    const auto written = replacePrivateFile(m_keyPath, key);
     return written ? keychain_status::success
                    : failed(written.error(), KeychainState::FileUnwritable);
 }

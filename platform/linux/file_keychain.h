@@ -33,6 +33,8 @@ private:
     using Edit = std::function<KeychainStatus(std::vector<StoredItem>&)>;
     KeychainStatus change(Deadline deadline, const Edit& edit);
     KeychainStatus load(KeychainContents& contents, bool& damaged) const;
+    /// Keeps the damaged file beside the one that the next write makes, and says so.
+    void tellDamaged() const;
     KeychainStatus write(const KeychainContents& contents, bool damaged);
     /// The key, made when there is neither key nor keychain.
     KeychainStatus keyForWriting(std::string& key);

@@ -35,7 +35,7 @@ const char* textOf(KeychainState state)
     case KeychainState::ReadOnly:
         return "the keyring service does not let items be changed";
     case KeychainState::FileDamaged:
-        return "this is no keychain file; it is kept beside the new one";
+        return "the keychain file is damaged and reads as empty";
     case KeychainState::FileUnknownVersion:
         return "the keychain file was written by a newer program; it is left untouched";
     case KeychainState::FileRefused:

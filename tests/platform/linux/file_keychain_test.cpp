@@ -119,6 +119,28 @@ TEST_F(FileKeychainTest, LooserModesAreTightenedAndThatIsTold)
     EXPECT_NE(text.find(keyFile()), std::string::npos) << text;
 }
 
+TEST_F(FileKeychainTest, LooserFoldersAreTightenedAndThatIsTold)
+{
+    // Once with the key that is there, once with a new one.
+    for (const bool hasKey : {true, false}) {
+        hasKey ? makeKeychain() : void(fs::create_directory(state()));
+        fs::create_directories(data());
+        ::chmod(data().c_str(), 0755);
+        ::chmod(state().c_str(), 0750);
+        auto keychain = open();
+        testing::internal::CaptureStderr();
+        EXPECT_EQ(add(keychain, "other"), keychain_status::success);
+        EXPECT_EQ(testing::internal::GetCapturedStderr(),
+            "zarn-actions: others could look into " + data()
+                + "; made it private\nzarn-actions: others could look into " + state()
+                + "; made it private\n");
+        EXPECT_EQ(mode(data()), "0700");
+        EXPECT_EQ(mode(state()), "0700");
+        fs::remove_all(data());
+        fs::remove_all(state());
+    }
+}
+
 TEST_F(FileKeychainTest, EachWriteRaisesTheGeneration)
 {
     auto keychain = open();
@@ -221,10 +243,13 @@ TEST_F(FileKeychainTest, FileThatIsNoKeychainIsKeptBesideTheNewOne)
         EXPECT_EQ(contents(file()), bytes) << "reading changes nothing";
         EXPECT_EQ(add(keychain), keychain_status::success);
         EXPECT_EQ(copy(keychain), keychain_status::success);
-        EXPECT_TRUE(told("kept beside the new one")) << lines.size();
         const auto kept = damagedCopies(data());
         ASSERT_EQ(kept.size(), 1U);
+        EXPECT_EQ(lines,
+            std::vector<std::string>{"keychain: the keychain file is damaged and reads as empty ("
+                + file() + " is kept as " + kept[0] + ")"});
         EXPECT_EQ(contents(kept[0]), bytes);
+        EXPECT_EQ(mode(kept[0]), "0600");
         fs::remove(kept[0]);
     }
 }
