@@ -90,8 +90,9 @@ class Program:
 
     @staticmethod
     def _read(stream):
-        stream.seek(0)
-        return stream.read()
+        # With a place of its own: the program writes on at the place that it shares with `stream`.
+        with open(f"/proc/self/fd/{stream.fileno()}", encoding="utf-8", newline="") as own:
+            return own.read()
 
     def output(self):
         return self._read(self.out)
