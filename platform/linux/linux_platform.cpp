@@ -200,6 +200,8 @@ std::string LinuxPlatform::versionLine()
 
 int LinuxPlatform::diagnose(const Options& options)
 {
+    // The probe decrypts what the keychain file holds.
+    forbidTracing();
     const auto choice = keychainChoice(options.keychain).value_or(KeychainChoice::Automatic);
     return printDiagnosis(Paths::fromEnvironment(), linux_backend::keychainOptions(choice))
         ? EXIT_SUCCESS

@@ -7,6 +7,7 @@
 Each test has a home directory of its own.
 """
 
+import fcntl
 import os
 import plistlib
 import re
@@ -20,6 +21,14 @@ import unittest
 
 PROGRAM = os.path.abspath(sys.argv.pop(1))
 LIMIT = 30
+SECRET = "Sesame-7741"
+
+
+def store_item(folder, environment, as_user=list):
+    """Something in the keychain file, so that it is decrypted."""
+    done = subprocess.run(as_user([os.path.join(folder, "keychain_probe"), "file", f"add,ZPMA-host,admin,{SECRET}"]),
+                          env=environment, capture_output=True, text=True, timeout=LIMIT, check=True)
+    assert done.stdout.startswith("add 0 "), done.stdout
 
 
 class ProcessTest(unittest.TestCase):
@@ -214,6 +223,24 @@ class StartTest(ProcessTest):
         self.assertTrue(int(status["SigIgn"], 16) & 1 << signal.SIGPIPE - 1)
         self.assertEqual(self.end(process)[0], 0)
 
+    def test_whoever_opens_the_keychain_file_closes_its_memory_first(self):
+        trace = self.home + "-trace"
+        self.addCleanup(lambda: os.path.exists(trace) and os.unlink(trace))
+        store_item(os.path.dirname(PROGRAM), self.environment)
+        for name, *words in (("zarn-actions", "--diagnose"), ("zarn-keychain", "list")):
+            command = [os.path.join(os.path.dirname(PROGRAM), name), "--keychain=file", *words]
+            with self.subTest(command):
+                done = subprocess.run(
+                    ["strace", "-E", "ASAN_OPTIONS=detect_leaks=0", "-f", "-qq", "-e", "trace=prctl,prlimit64,openat",
+                     "-o", trace, *command], env=self.environment, capture_output=True, text=True, timeout=LIMIT,
+                    check=False)
+                self.assertEqual(done.returncode, 0, done.stdout + done.stderr)
+                with open(trace, encoding="utf-8") as file:
+                    calls = file.read()
+                before = calls[:calls.index('/zarn-actions/keychain.key"')]
+                self.assertIn("prctl(PR_SET_DUMPABLE, SUID_DUMP_DISABLE", before)
+                self.assertRegex(before, r"RLIMIT_CORE, \{rlim_cur=0, rlim_max=0\}")
+
 
 class OtherUserTest(unittest.TestCase):
     """What another user's process sees of the program, and what a user without a home directory does."""
@@ -225,7 +252,7 @@ class OtherUserTest(unittest.TestCase):
         self.folder = tempfile.mkdtemp(prefix="zarn-other-", dir="/tmp")
         self.addCleanup(shutil.rmtree, self.folder)
         os.chmod(self.folder, 0o755)
-        for name in ("zarn-actions", "zarn-http.so", "zarn-keychain.so"):
+        for name in ("zarn-actions", "zarn-keychain", "keychain_probe", "zarn-http.so", "zarn-keychain.so"):
             shutil.copy(os.path.join(os.path.dirname(PROGRAM), name), self.folder)
         self.home = os.path.join(self.folder, "home")
         os.mkdir(self.home, 0o700)
@@ -241,9 +268,9 @@ class OtherUserTest(unittest.TestCase):
             return ["setpriv", f"--reuid={self.UID}", f"--regid={self.UID}", "--clear-groups", *command]
         return list(command)
 
-    def started(self, *command):
+    def started(self, *command, stdout=subprocess.PIPE):
         process = subprocess.Popen(self.as_user(*command), env=self.environment, stdin=subprocess.DEVNULL,
-                                   stdout=subprocess.PIPE, stderr=subprocess.PIPE, text=True)
+                                   stdout=stdout, stderr=subprocess.PIPE, text=True)
 
         def end():
             process.kill()
@@ -273,6 +300,51 @@ class OtherUserTest(unittest.TestCase):
         program.terminate()
         _, errors = program.communicate(timeout=LIMIT)
         self.assertEqual(program.returncode, 0, errors)
+
+    def assert_closed(self, process, name):
+        """Waits until the program of this name runs and has closed itself to the user's other programs."""
+        deadline = time.monotonic() + LIMIT
+        while True:
+            with open(f"/proc/{process.pid}/comm", encoding="ascii") as file:
+                runs = file.read() == name + "\n"
+            if runs and not any(self.can_read(process, name) for name in ("environ", "maps")):
+                break
+            self.assertIsNone(process.poll(), "it ended with its memory open")
+            self.assertLess(time.monotonic(), deadline, "its memory stays open")
+        self.assertNotEqual(os.stat(f"/proc/{process.pid}/environ").st_uid, self.uid)
+        self.assertTrue(self.can_read(process, "cmdline"))
+        with open(f"/proc/{process.pid}/limits", encoding="ascii") as file:
+            self.assertRegex(file.read(), r"Max core file size +0 +0 ")
+        self.assertIsNone(process.poll())
+
+    def test_nor_into_a_diagnosis(self):
+        store_item(self.folder, self.environment, lambda command: self.as_user(*command))
+        with open(os.path.join(self.home, ".local/share/zarn-actions/keychain.lock"), "r+b") as lock:
+            # It waits for the lock before it reads the keychain file.
+            fcntl.flock(lock, fcntl.LOCK_EX)
+            diagnosis = self.started(os.path.join(self.folder, "zarn-actions"), "--diagnose", "--keychain=file")
+            self.assert_closed(diagnosis, "zarn-actions")
+        output, errors = diagnosis.communicate(timeout=LIMIT)
+        self.assertEqual((diagnosis.returncode, errors), (0, ""), output)
+
+    def test_nor_into_the_tool_that_shows_a_secret(self):
+        store_item(self.folder, self.environment, lambda command: self.as_user(*command))
+        reader, writer = os.pipe()
+        os.set_blocking(writer, False)
+        filled = 0
+        try:
+            while True:
+                filled += os.write(writer, b"x" * 4096)
+        except BlockingIOError:
+            os.set_blocking(writer, True)
+        # It has the secret in its hands until somebody reads.
+        tool = self.started(os.path.join(self.folder, "zarn-keychain"), "--keychain=file", "show", "ZPMA-host",
+                            stdout=writer)
+        os.close(writer)
+        self.assert_closed(tool, "zarn-keychain")
+        with open(reader, "rb") as stream:
+            self.assertEqual(stream.read()[filled:].decode(), SECRET)
+        self.assertEqual(tool.wait(LIMIT), 0)
 
     def test_without_a_home_directory_it_says_so_and_ends(self):
         del self.environment["HOME"]
