@@ -20,9 +20,7 @@ namespace {
 Error failure(const std::string& what, const std::string& path, int number = errno)
 {
     const auto code = number == ENOENT ? ErrorCode::NotFound : ErrorCode::Io;
-    // Only opening without following links ends so, and the system's own words mislead.
-    const auto* const reason = number == ELOOP ? "it is a symbolic link" : std::strerror(number);
-    return {code, what + " " + path + ": " + reason};
+    return {code, what + " " + path + ": " + reasonOf(number)};
 }
 
 template <typename Call> auto retrying(Call call)
@@ -159,6 +157,12 @@ Status syncFolder(const std::string& folder)
 }
 
 } // namespace
+
+std::string reasonOf(int number)
+{
+    // Only opening without following links ends so, and the system's own words mislead.
+    return number == ELOOP ? "it is a symbolic link" : std::strerror(number);
+}
 
 void warn(const std::string& line)
 {

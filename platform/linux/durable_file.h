@@ -84,6 +84,9 @@ Status removePrivateFile(const std::string& path);
 /// name of an equal copy that is there already.
 Result<std::string> keepDamagedCopy(const std::string& path);
 
+/// What an error number of the system means for one of these files.
+std::string reasonOf(int number);
+
 /// One line on standard error, in the program's name.
 void warn(const std::string& line);
 

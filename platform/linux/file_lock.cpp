@@ -5,7 +5,6 @@
 
 #include <cerrno>
 #include <cstdint>
-#include <cstring>
 #include <thread>
 
 #include <fcntl.h>
@@ -30,7 +29,7 @@ constexpr std::uint64_t placeCount = std::uint64_t{1} << 62;
 
 Error failure(const std::string& what, const std::string& path)
 {
-    return {ErrorCode::Io, what + " " + path + ": " + std::strerror(errno)};
+    return {ErrorCode::Io, what + " " + path + ": " + reasonOf(errno)};
 }
 
 struct flock bytes(off_t first, off_t last)

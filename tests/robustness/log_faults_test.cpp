@@ -4,6 +4,7 @@
 #include "log/write_to_log.h"
 #include "platform/linux/posix_services.h"
 #include "platform/memory/memory_clock.h"
+#include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -15,7 +16,6 @@
 
 #include <sys/resource.h>
 #include <sys/stat.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 namespace zarn::linux_backend {
@@ -23,7 +23,6 @@ namespace {
 
 namespace fs = std::filesystem;
 
-constexpr uid_t nobody = 65534;
 constexpr auto stamp = "Sat Mar 01 10:15:00 ";
 
 std::string contentsOf(const std::string& path)
@@ -33,30 +32,14 @@ std::string contentsOf(const std::string& path)
     return text.str();
 }
 
-/// Does `work` in a process of its own, without the rights of an administrator; true when `work`
-/// is.
-template <typename Work> bool asOrdinaryUser(Work work)
-{
-    const pid_t child = ::fork();
-    if (child == 0) {
-        if (::geteuid() == 0 && (::setgid(nobody) != 0 || ::setuid(nobody) != 0))
-            ::_exit(2);
-        ::_exit(work() ? 0 : 1);
-    }
-    int status = 0;
-    return ::waitpid(child, &status, 0) == child && WIFEXITED(status) && WEXITSTATUS(status) == 0;
-}
-
 class LogFaults : public testing::Test {
 protected:
     LogFaults()
     {
         fs::create_directories(folder);
         // Whoever the test becomes owns the home directory.
-        if (::geteuid() == 0) {
-            for (const auto& path : {scratch.path(), home, home + "/Library", folder})
-                EXPECT_EQ(::chown(path.c_str(), nobody, nobody), 0);
-        }
+        for (const auto& path : {scratch.path(), home, home + "/Library", folder})
+            giveToOrdinaryUser(path);
     }
     ~LogFaults() override { ::chmod(folder.c_str(), 0700); }
 
