@@ -209,8 +209,12 @@ class WorldTest(unittest.TestCase):
     def accept_terms(self):
         write_settings(STANDARD, {"agreedToTermsOfUse": True})
 
-    def clear_world(self):
+    @staticmethod
+    def clear_files():
         subprocess.run(["rm", "-rf", config_folder(), os.path.join(os.environ["HOME"], "Library")], check=True)
+
+    def clear_world(self):
+        self.clear_files()
         subprocess.run(["secret-tool", "clear", "xdg:schema", SCHEMA], check=False)
 
     def setUp(self):
