@@ -134,6 +134,28 @@ TEST_P(KeychainContract, NamesAreKeptByteForByte)
     }
 }
 
+TEST_P(KeychainContract, NamesWithNulAreKeptAsTheyAreOrRefusedAndNeverTakenForTheirBeginning)
+{
+    const std::string service("ZPMA\0host", 9);
+    const std::string account("ad\0min", 6);
+    const std::vector<std::pair<std::string, std::string>> odd{
+        {"ZPMA-host", account}, {service, "admin"}, {service, account}};
+    for (const auto& [name, user] : {std::pair("ZPMA-host", "ad"), std::pair("ZPMA", "admin")})
+        ASSERT_EQ(keychain.add(item(name, user, "before")), keychain_status::success);
+    for (const auto& [name, user] : odd) {
+        EXPECT_EQ(keychain.add(item(name, user, "odd")), keepsNul() ? 0 : -25292);
+        EXPECT_EQ(found(query(name, user)), keepsNul() ? user + "=odd" : "-25300");
+        EXPECT_EQ(keychain.update(query(name, user), {'n'}),
+            keepsNul() ? keychain_status::success : keychain_status::itemNotFound);
+        EXPECT_EQ(found(reopened(), query(name, user)), keepsNul() ? user + "=n" : "-25300");
+    }
+    EXPECT_EQ(found(query("ZPMA-host", "ad")), "ad=before");
+    EXPECT_EQ(found(query("ZPMA", "admin")), "admin=before");
+    if (!keepsNul()) {
+        EXPECT_TRUE(keychain.messageText(-25292));
+    }
+}
+
 TEST_P(KeychainContract, ItemsAreThereAfterARestart)
 {
     EXPECT_EQ(keychain.add(item("ZPMA-host", "first", "1")), keychain_status::success);

@@ -17,6 +17,8 @@ public:
     virtual ~KeychainFixture() = default;
     virtual Keychain& keychain() = 0;
     virtual std::string accessGroup() const { return "TEST.org.zarnie.contract"; }
+    /// Whether names may hold a NUL; a keychain that cannot keep one refuses the item.
+    virtual bool keepsNul() const { return true; }
     /// What a later start of the program would see.
     virtual Keychain& reopened() = 0;
 };
@@ -59,6 +61,7 @@ private:
 protected:
     Keychain& keychain;
     const std::string group;
+    bool keepsNul() const { return m_fixture->keepsNul(); }
     Keychain& reopened() { return m_fixture->reopened(); }
 };
 

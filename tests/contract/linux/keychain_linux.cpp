@@ -25,6 +25,8 @@ public:
         m_reopened = open();
         return *m_reopened;
     }
+    // Texts end at a NUL on the way to the service.
+    bool keepsNul() const override { return m_choice == KeychainChoice::File; }
     std::string accessGroup() const override { return m_group; }
 
 private:
