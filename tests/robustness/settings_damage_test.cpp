@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 #include <fstream>
 #include <random>
 #include <sstream>
@@ -96,12 +97,14 @@ TEST_F(SettingsDamage, EveryTruncationIsKeptAndTheProgramGoesOn)
         startOn(sample.substr(0, length));
         ASSERT_EQ(damaged, static_cast<int>(length) + 1);
     }
+    std::printf("Settings damage: %d truncations kept and told in one line each\n", damaged);
 }
 
 TEST_F(SettingsDamage, NoMutationIsLostOrStopsTheProgram)
 {
     const int rounds = std::getenv("ZARN_LONG") ? 10000 : 500;
     std::mt19937 random(7);
+    int done = 0;
     for (int round = 0; round < rounds; ++round) {
         SCOPED_TRACE(round);
         auto bytes = sample;
@@ -125,7 +128,11 @@ TEST_F(SettingsDamage, NoMutationIsLostOrStopsTheProgram)
         startOn(bytes);
         if (HasFatalFailure())
             break;
+        ++done;
     }
+    std::printf(
+        "Settings damage: %d random mutations, %d of them damage, kept and told in one line each\n",
+        done, damaged);
     EXPECT_GT(damaged, rounds / 4);
 }
 

@@ -4,13 +4,18 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
+#include <cstdio>
 #include <cstdlib>
 #include <filesystem>
+#include <new>
 #include <thread>
 #include <vector>
 
 #include <csignal>
+#include <sys/mman.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
@@ -58,8 +63,26 @@ int write(const std::string& folder, int writer, int changes)
     return 0;
 }
 
+/// A counter that this process and its children share.
+class SharedCounter {
+public:
+    SharedCounter()
+        : m_value(new (::mmap(nullptr, sizeof(std::atomic<long>), PROT_READ | PROT_WRITE,
+            MAP_SHARED | MAP_ANONYMOUS, -1, 0)) std::atomic<long>(0))
+    {
+    }
+    ~SharedCounter() { ::munmap(m_value, sizeof *m_value); }
+    SharedCounter(const SharedCounter&) = delete;
+    SharedCounter& operator=(const SharedCounter&) = delete;
+    void count() { ++*m_value; }
+    long value() const { return *m_value; }
+
+private:
+    std::atomic<long>* m_value;
+};
+
 /// Until it is killed: each look must show whole writes, and of each writer no fewer than before.
-int readAllTheWhile(const std::string& folder)
+int readAllTheWhile(const std::string& folder, SharedCounter& looks)
 {
     PlistSettings settings(folder, {}, nullptr);
     const auto& domain = *settings.domain(name);
@@ -69,6 +92,7 @@ int readAllTheWhile(const std::string& folder)
         if (values.size() < most)
             return 1;
         most = values.size();
+        looks.count();
         // As often as a write takes; without a pause two readers would leave the writers no
         // processor.
         std::this_thread::sleep_for(std::chrono::milliseconds(1));
@@ -80,9 +104,10 @@ TEST(SettingsWriters, EveryChangeOfEightProcessesSurvivesAndNoReadIsTorn)
     const int changes = std::getenv("ZARN_LONG") ? 1000 : 100;
     const ScratchFolder scratch;
     const auto folder = scratch.path() + "/zarn-actions";
+    SharedCounter looks;
     std::vector<pid_t> readers;
     for (int i = 0; i < 2; ++i)
-        readers.push_back(inChild([&] { return readAllTheWhile(folder); }));
+        readers.push_back(inChild([&] { return readAllTheWhile(folder, looks); }));
     std::vector<pid_t> writers;
     for (int writer = 0; writer < writerCount; ++writer)
         writers.push_back(inChild([&] { return write(folder, writer, changes); }));
@@ -103,6 +128,15 @@ TEST(SettingsWriters, EveryChangeOfEightProcessesSurvivesAndNoReadIsTorn)
     const auto found = settings.domain(name)->dictionary();
     EXPECT_EQ(found.size(), expected.size());
     EXPECT_TRUE(found == expected);
+    std::size_t survived = 0;
+    for (const auto& [which, value] : expected) {
+        const auto it = found.find(which);
+        survived += it != found.end() && it->second == value ? 1 : 0;
+    }
+    EXPECT_GT(looks.value(), 0);
+    std::printf("Settings writers: %zu of %zu changes by %zu processes survive, %ld whole reads "
+                "by %zu readers meanwhile\n",
+        survived, expected.size(), writers.size(), looks.value(), readers.size());
     std::size_t files = 0;
     for (const auto& entry : std::filesystem::directory_iterator(folder))
         files
@@ -128,6 +162,8 @@ TEST(SettingsWriters, OnesThatWriteAllTheWhileKeepNobodyOut)
     for (int i = 0; i < 50; ++i)
         written += settings.domain(name)->trySet("patient", i).ok() ? 1 : 0;
     EXPECT_EQ(written, 50);
+    std::printf("Settings writers: %d writes beside %zu processes that write without a pause\n",
+        written, busy.size());
     for (const auto child : busy) {
         ::kill(child, SIGKILL);
         ::waitpid(child, nullptr, 0);
@@ -140,6 +176,8 @@ TEST(SettingsWriters, AWriterThatIsKilledStallsNobody)
     const auto folder = scratch.path() + "/zarn-actions";
     PlistSettings settings(folder, {}, nullptr);
     auto& domain = *settings.domain(name);
+    std::chrono::steady_clock::duration longest{};
+    int killed = 0;
     for (int round = 0; round < 20; ++round) {
         int ready[2];
         ASSERT_EQ(::pipe(ready), 0);
@@ -154,15 +192,21 @@ TEST(SettingsWriters, AWriterThatIsKilledStallsNobody)
         ::kill(child, SIGKILL);
         const auto start = std::chrono::steady_clock::now();
         EXPECT_TRUE(domain.trySet("mine", round).ok());
-        EXPECT_LT(std::chrono::steady_clock::now() - start, std::chrono::seconds(4));
+        longest = std::max(longest, std::chrono::steady_clock::now() - start);
+        EXPECT_LT(longest, std::chrono::seconds(4));
         EXPECT_EQ(domain.integer("mine"), round);
         EXPECT_EQ(domain.integer("child"), round);
         int status = 0;
         ::waitpid(child, &status, 0);
+        killed += WIFSIGNALED(status) ? 1 : 0;
         ::close(ready[0]);
         ::close(ready[1]);
     }
     EXPECT_FALSE(std::filesystem::exists(folder + "/" + name + ".plist.tmp"));
+    std::printf("Settings writers: %d writers killed, the next write took %lld ms at most\n",
+        killed,
+        static_cast<long long>(
+            std::chrono::duration_cast<std::chrono::milliseconds>(longest).count()));
 }
 
 } // namespace

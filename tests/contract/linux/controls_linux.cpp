@@ -7,7 +7,9 @@
 #include <QClipboard>
 #include <QTest>
 
+#include <algorithm>
 #include <chrono>
+#include <cstdio>
 
 namespace zarn {
 namespace {
@@ -44,6 +46,12 @@ protected:
         field("zarnProServer_textfield").setEditable(true);
         fixture->settle();
     }
+    void TearDown() override
+    {
+        std::printf("Typed text, %s: %d pastes, the slowest took %.0f ms\n",
+            testing::UnitTest::GetInstance()->current_test_info()->name(), m_pastes, m_slowest);
+        ScreenContract::TearDown();
+    }
     /// In place of what the field held; the milliseconds that it took.
     double paste(const char* name, const QString& text)
     {
@@ -53,9 +61,16 @@ protected:
         const auto start = std::chrono::steady_clock::now();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_V, Qt::ControlModifier);
         fixture->settle();
-        return std::chrono::duration<double, std::milli>(std::chrono::steady_clock::now() - start)
-            .count();
+        const std::chrono::duration<double, std::milli> took
+            = std::chrono::steady_clock::now() - start;
+        ++m_pastes;
+        m_slowest = std::max(m_slowest, took.count());
+        return took.count();
     }
+
+private:
+    int m_pastes = 0;
+    double m_slowest = 0;
 };
 
 TEST_P(TypedText, EveryFieldHoldsExactlyWhatIsPasted)

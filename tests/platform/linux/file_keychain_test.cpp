@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <fstream>
 
 #include <fcntl.h>
@@ -258,6 +259,7 @@ TEST_F(FileKeychainTest, EveryTruncationPointIsToldAndTheProgramGoesOn)
 {
     makeKeychain();
     const auto whole = contents(file());
+    std::size_t told = 0;
     for (std::size_t size = 0; size < whole.size(); ++size) {
         write(file(), whole.substr(0, size));
         auto keychain = open();
@@ -268,7 +270,9 @@ TEST_F(FileKeychainTest, EveryTruncationPointIsToldAndTheProgramGoesOn)
                                       : keychain_status::invalidKeychain)
             << size;
         EXPECT_EQ(lines.size(), 1U) << size;
+        told += lines.size();
     }
+    std::printf("Keychain file: %zu lengths, %zu lines told\n", whole.size(), told);
 }
 
 TEST_F(FileKeychainTest, LinksAreNotFollowed)

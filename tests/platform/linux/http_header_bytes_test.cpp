@@ -7,6 +7,7 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
+#include <cstdio>
 
 namespace zarn::linux_backend {
 namespace {
@@ -25,6 +26,12 @@ protected:
     HttpHeaderBytes()
         : host(server.http().substr(7))
     {
+    }
+
+    void TearDown() override
+    {
+        std::printf("Header bytes, %s: %d tries, %zu of them sent\n",
+            testing::UnitTest::GetInstance()->current_test_info()->name(), tries, m_seen);
     }
 
     // The one request that was sent since the last call, or nothing.
@@ -53,6 +60,7 @@ protected:
     HttpClient client;
     LoopbackServer server{[](const Request&) { return Reply{}; }};
     const std::string host;
+    int tries = 0;
 
 private:
     std::size_t m_seen = 0;
@@ -65,6 +73,7 @@ TEST_F(HttpHeaderBytes, InAHeaderValue)
         for (const auto& text : withByte(byte)) {
             for (const std::string& prefix : {std::string(), std::string("Bearer ")}) {
                 SCOPED_TRACE(std::to_string(byte) + " in " + prefix + "value");
+                ++tries;
                 const HttpHeaders headers = {{"Authorization", prefix + text},
                     {"Content-Type", "application/json"}, {"Accept", "application/json"}};
                 EXPECT_EQ(client.send({url()}, headers).has_value(), safe);
@@ -92,6 +101,7 @@ TEST_F(HttpHeaderBytes, InAHeaderName)
             || (byte != 0 && marks.find(static_cast<char>(byte)) != std::string::npos);
         for (const auto& text : withByte(byte)) {
             SCOPED_TRACE(byte);
+            ++tries;
             EXPECT_EQ(client.send({url()}, {{text, "x"}}).has_value(), safe);
             const auto request = sent();
             ASSERT_EQ(request.has_value(), safe);
@@ -113,6 +123,7 @@ TEST_F(HttpHeaderBytes, InTheMethod)
             || (byte != 0 && marks.find(static_cast<char>(byte)) != std::string::npos);
         for (const auto& text : withByte(byte)) {
             SCOPED_TRACE(byte);
+            ++tries;
             EXPECT_EQ(client.send({url(), text}).has_value(), safe);
             const auto request = sent();
             ASSERT_EQ(request.has_value(), safe);
@@ -131,6 +142,7 @@ TEST_F(HttpHeaderBytes, InAPathOrQuery)
         for (const auto& text : withByte(byte)) {
             for (const std::string& start : {std::string("/"), std::string("/a?")}) {
                 SCOPED_TRACE(std::to_string(byte) + " after " + start);
+                ++tries;
                 const auto formed = Url::fromText(server.http() + start + text);
                 if (!formed)
                     continue;
@@ -155,6 +167,7 @@ TEST_F(HttpHeaderBytes, InTheServersAddress)
         for (const std::size_t at : {std::size_t{0}, std::size_t{5}, std::size_t{7},
                  std::size_t{10}, std::size_t{16}, text.size()}) {
             SCOPED_TRACE(std::to_string(byte) + " at " + std::to_string(at));
+            ++tries;
             const auto formed
                 = Url::fromText(std::string(text).insert(at, inserted) + "/api/v1/auth/token");
             if (!formed)
@@ -180,6 +193,7 @@ TEST_F(HttpHeaderBytes, InABody)
     for (int byte = 0; byte < 256; ++byte) {
         for (const auto& text : withByte(byte)) {
             SCOPED_TRACE(byte);
+            ++tries;
             const std::string body = "client_id=x&client_secret=" + text;
             EXPECT_TRUE(client.send({url(), "POST", body}));
             const auto request = sent();

@@ -3,6 +3,7 @@
 
 #include <gtest/gtest.h>
 
+#include <cstdio>
 #include <cstdlib>
 #include <random>
 
@@ -66,6 +67,7 @@ TEST(KeychainFileFormat, EveryWriteHasANonceOfItsOwn)
 TEST(KeychainFileFormat, EveryFlippedBitIsDetected)
 {
     const auto file = sampleFile();
+    std::size_t detected = 0;
     for (std::size_t bit = 0; bit < file.size() * 8; ++bit) {
         auto changed = file;
         changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << (bit % 8)));
@@ -75,17 +77,24 @@ TEST(KeychainFileFormat, EveryFlippedBitIsDetected)
                                        : KeychainFileState::Refused;
         EXPECT_EQ(opened.state, expected) << "bit " << bit;
         EXPECT_TRUE(opened.contents.items.empty()) << "bit " << bit;
+        detected += opened.state != KeychainFileState::Opened ? 1U : 0U;
     }
+    std::printf("Keychain file: %zu of %zu flipped bits detected\n", detected, file.size() * 8);
 }
 
 TEST(KeychainFileFormat, EveryFlippedBitOfTheKeyIsDetected)
 {
     const auto file = sampleFile();
+    std::size_t detected = 0;
     for (std::size_t bit = 0; bit < key.size() * 8; ++bit) {
         auto changed = key;
         changed[bit / 8] = static_cast<char>(changed[bit / 8] ^ (1 << (bit % 8)));
-        EXPECT_EQ(openKeychainFile(file, changed).state, KeychainFileState::Refused);
+        const auto state = openKeychainFile(file, changed).state;
+        EXPECT_EQ(state, KeychainFileState::Refused);
+        detected += state == KeychainFileState::Refused ? 1U : 0U;
     }
+    std::printf(
+        "Keychain file: %zu of %zu flipped bits of the key detected\n", detected, key.size() * 8);
     EXPECT_EQ(openKeychainFile(file, "").state, KeychainFileState::Refused);
     EXPECT_EQ(openKeychainFile(file, key + "x").state, KeychainFileState::Refused);
 }
@@ -93,11 +102,14 @@ TEST(KeychainFileFormat, EveryFlippedBitOfTheKeyIsDetected)
 TEST(KeychainFileFormat, EveryTruncationIsDetected)
 {
     const auto file = sampleFile();
+    std::size_t detected = 0;
     for (std::size_t size = 0; size < file.size(); ++size) {
         const auto opened = openKeychainFile(file.substr(0, size), key);
         EXPECT_EQ(opened.state,
             size < keychainHeaderSize ? KeychainFileState::Damaged : KeychainFileState::Refused);
+        detected += opened.state != KeychainFileState::Opened ? 1U : 0U;
     }
+    std::printf("Keychain file: %zu of %zu truncations detected\n", detected, file.size());
     EXPECT_EQ(openKeychainFile(file + "x", key).state, KeychainFileState::Refused);
 }
 
@@ -106,6 +118,7 @@ TEST(KeychainFileFormat, NoRandomMutationIsTakenForAKeychain)
     const auto file = sampleFile();
     std::mt19937 random(1);
     const int rounds = std::getenv("ZARN_LONG") ? 1'000'000 : 10'000;
+    int changes = 0;
     for (int round = 0; round < rounds; ++round) {
         auto changed = file;
         for (auto count = 1 + random() % 8; count-- > 0;) {
@@ -124,8 +137,10 @@ TEST(KeychainFileFormat, NoRandomMutationIsTakenForAKeychain)
         }
         if (changed != file) {
             ASSERT_NE(openKeychainFile(changed, key).state, KeychainFileState::Opened) << round;
+            ++changes;
         }
     }
+    std::printf("Keychain file: %d random mutations, none opens\n", changes);
 }
 
 TEST(KeychainFileFormat, ContentsThatDoNotParseAreRefused)

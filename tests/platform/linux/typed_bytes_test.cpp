@@ -60,6 +60,13 @@ protected:
         return requests;
     }
 
+    void TearDown() override
+    {
+        std::printf("Typed bytes, %s: %d validations, %zu requests\n",
+            testing::UnitTest::GetInstance()->current_test_info()->name(), validations,
+            server.traffic().requests);
+    }
+
     // Lines end in CR LF and hold neither of them, nor a NUL, anywhere else.
     static void expectCleanHead(const Request& request)
     {
