@@ -80,16 +80,16 @@ def main():
     print("ready", flush=True)
     count, slowest = 0, 0.0
     while True:
-        if select.select([sys.stdin], [], [], PAUSE)[0]:
-            if not sys.stdin.readline():
-                return
-            print(count, slowest, flush=True)
-            count, slowest = 0, 0.0
         try:
             slowest = max(slowest, probe(pid, window))
             count += 1
         except OSError:
             pass  # The program has ended.
+        if select.select([sys.stdin], [], [], PAUSE)[0]:
+            if not sys.stdin.readline():
+                return
+            print(count, slowest, flush=True)
+            count, slowest = 0, 0.0
 
 
 if __name__ == "__main__":

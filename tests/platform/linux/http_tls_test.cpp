@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdio>
 #include <cstdlib>
 #include <filesystem>
@@ -297,11 +298,10 @@ bool sendsToken(HttpClient& client, const std::string& origin)
 
 bool holdsSomethingOfTheRequest(const std::string& bytes)
 {
-    for (const auto& part : {tokenPath, std::string("POST"), std::string("secret=x"),
-             std::string("Authorization"), credentials[0].second})
-        if (bytes.find(part) != std::string::npos)
-            return true;
-    return false;
+    const std::initializer_list<std::string> parts
+        = {tokenPath, "POST", "secret=x", "Authorization", credentials[0].second};
+    return std::any_of(parts.begin(), parts.end(),
+        [&](const auto& part) { return bytes.find(part) != std::string::npos; });
 }
 
 /// A server without TLS is sent the client's greeting, and it only.
