@@ -16,7 +16,7 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr int deepest = 512;
-// The window stands still while a text is read: this many take some 50 ms.
+// The window stands still while a text is read: this many take some 100 ms.
 constexpr std::size_t mostValues = 250'000;
 
 std::string utf8Of(const QString& text)
@@ -164,8 +164,9 @@ Value valueOf(const QJsonValue& json)
     case QJsonValue::Object: {
         Value::Dictionary dictionary;
         const auto object = json.toObject();
+        // The keys come in almost the same order, so most belong at the end.
         for (auto it = object.begin(); it != object.end(); ++it)
-            dictionary[utf8Of(it.key())] = valueOf(it.value());
+            dictionary.insert_or_assign(dictionary.end(), utf8Of(it.key()), valueOf(it.value()));
         return dictionary;
     }
     default:
