@@ -28,7 +28,9 @@ public:
         for (const auto window : m_windows)
             xcb_destroy_window(m_connection, window);
         sync();
-        s_ended.push_back(m_connection);
+        // Never destroyed: what it holds is still in use when the process ends.
+        static auto& ended = *new std::vector<xcb_connection_t*>;
+        ended.push_back(m_connection);
     }
     X11Windows(const X11Windows&) = delete;
     X11Windows& operator=(const X11Windows&) = delete;
@@ -143,8 +145,6 @@ private:
         } while (::poll(&wait, 1, 100) > 0);
         return false;
     }
-
-    inline static std::vector<xcb_connection_t*> s_ended;
 
     xcb_connection_t* m_connection;
     xcb_screen_t* m_screen;
