@@ -87,7 +87,7 @@ class Keyring(WorldTest):
         self.screen.menu("Zarn Actions", "About Zarn Actions")
         wait_for(lambda: "About" in self.screen.window_titles(), "the About window")
         self.screen.menu("Zarn Actions", "Quit Zarn Actions")
-        self.assertEqual(self.program.ended(), 0)
+        self.assertEqual(self.program.ended(), 0, self.program.errors())
         self.assertEqual(self.program.errors(), errors)
         return took
 
@@ -122,7 +122,7 @@ class Keyring(WorldTest):
         self.assertLess(self.answers.take(), LIMIT)
         print(f"keyring silent from the start: {self.answers}")
         self.screen.menu("Zarn Actions", "Quit Zarn Actions")
-        self.assertEqual(self.program.ended(), 0)
+        self.assertEqual(self.program.ended(), 0, self.program.errors())
 
 
 if __name__ == "__main__":
