@@ -16,7 +16,7 @@ public:
 
     /// Parses one JSON text, fragments (a bare number, string, true, null) allowed.
     /// Malformed: bad syntax, text after the value, invalid UTF-8, an empty body, a number that no
-    /// double can hold, nesting deeper than 512, or more than some 250,000 values (the main thread
+    /// double can hold, nesting deeper than 512, or more than some 100,000 values (the main thread
     /// reads whatever a server sends). Of equal keys the last one wins.
     /// Whole numbers that fit become integers, all others doubles.
     virtual Result<Value> parse(std::string_view utf8) const = 0;

@@ -16,8 +16,8 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr int deepest = 512;
-// The window stands still while a text is read: this many take some 100 ms.
-constexpr std::size_t mostValues = 250'000;
+// The window stands still while a text is read: this many take some 40 ms.
+constexpr std::size_t mostValues = 100'000;
 
 std::string utf8Of(const QString& text)
 {

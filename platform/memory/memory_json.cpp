@@ -13,7 +13,7 @@ namespace zarn::memory {
 namespace {
 
 constexpr int deepest = 512;
-constexpr std::size_t mostValues = 250'000;
+constexpr std::size_t mostValues = 100'000;
 
 class Parser {
 public:

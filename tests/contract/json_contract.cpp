@@ -102,7 +102,7 @@ TEST_P(JsonContract, NestingUpTo512IsRead)
     EXPECT_FALSE(parsed(objects));
 }
 
-TEST_P(JsonContract, AQuarterOfAMillionValuesIsReadAndNotManyMore)
+TEST_P(JsonContract, AHundredThousandValuesAreReadAndNotManyMore)
 {
     const auto list = [](std::size_t count) {
         std::string text = "[1";
@@ -110,8 +110,8 @@ TEST_P(JsonContract, AQuarterOfAMillionValuesIsReadAndNotManyMore)
             text += ",1";
         return text + "]";
     };
-    EXPECT_TRUE(parsed(list(249'000)));
-    EXPECT_FALSE(parsed(list(251'000)));
+    EXPECT_TRUE(parsed(list(99'000)));
+    EXPECT_FALSE(parsed(list(101'000)));
     EXPECT_TRUE(parsed("\"" + std::string(300'000, ',') + "\""));
 }
 
