@@ -75,7 +75,7 @@ TEST_F(MemoryJsonTest, NestsFiveHundredAndTwelveDeepAndNoDeeper)
     EXPECT_FALSE(json.parse(std::string(100000, '[')).ok());
 }
 
-TEST_F(MemoryJsonTest, RefusesMoreThanAQuarterOfAMillionValues)
+TEST_F(MemoryJsonTest, RefusesMoreThanAHundredThousandValues)
 {
     const auto list = [](std::size_t count) {
         std::string text = "[1";
