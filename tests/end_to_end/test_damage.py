@@ -141,17 +141,20 @@ class Damage(WorldTest):
         self.assertEqual(self.screen.alert().texts, ["Kept was successfully set"])
         self.screen.alert().press("OK")
 
+    def start_without_password(self):
+        """The program works on: the profile is there, and what is typed anew is proved."""
+        self.start()
+        self.assertEqual(self.screen.text("Server URL:"), self.server.url)
+        self.assertEqual(self.password_length(), 0)
+        self.screen.fill("Password:", DemoServer.PASSWORD, role="password text")
+        self.set_again()
+
     def test_a_file_that_is_no_keychain_is_kept_beside_the_new_one(self):
         self.store()
         key = read(self.key)
         damaged = b"X" + read(self.keychain)[1:]
         put(self.keychain, damaged)
-        self.start()
-        self.assertEqual(self.screen.text("Server URL:"), self.server.url)
-        self.assertEqual(self.password_length(), 0)
-        # The program works on: what is typed anew is stored anew.
-        self.screen.fill("Password:", DemoServer.PASSWORD, role="password text")
-        self.set_again()
+        self.start_without_password()
         lines = self.end()
         self.assertEqual(lines[:1], [FILE_CHOSEN])
         self.assertEqual(len(lines), 2, lines)
@@ -171,11 +174,7 @@ class Damage(WorldTest):
                    whole[:16] + bytes([whole[16] ^ 4]) + whole[17:], whole[:-1])
         for damaged in changed:
             put(self.keychain, damaged)
-            self.start()
-            self.assertEqual(self.screen.text("Server URL:"), self.server.url)
-            self.assertEqual(self.password_length(), 0)
-            self.screen.fill("Password:", DemoServer.PASSWORD, role="password text")
-            self.set_again()
+            self.start_without_password()
             self.assertEqual(self.end(), [
                 FILE_CHOSEN, "zarn-actions: keychain: the keychain file was changed by someone else or belongs to "
                 f"another key; it is left untouched ({self.keychain})"])
