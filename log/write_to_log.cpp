@@ -84,15 +84,22 @@ WriteToLog::~WriteToLog() = default;
 
 void WriteToLog::writeEntry(std::string_view message)
 {
-    if (!m_file.files().fileExists(m_file.currentPath()))
+    auto& files = m_file.files();
+    // Asking first whether the file is there would cost as much again as opening it.
+    auto opened = files.openForUpdating(m_file.currentPath());
+    if (!opened && !files.fileExists(m_file.currentPath())) {
         m_file.startNewLogFile();
-    std::string line = m_file.logTimestamp("entry");
+        opened = files.openForUpdating(m_file.currentPath());
+    }
+    m_logFileW = std::move(opened);
+    if (!m_logFileW)
+        return;
+    std::string line;
+    line.reserve(message.size() + 24);
+    line += m_file.logTimestamp("entry");
     line += ' ';
     line += message;
     line += '\n';
-    m_logFileW = m_file.files().openForUpdating(m_file.currentPath());
-    if (!m_logFileW)
-        return;
     m_logFileW->seekToEndOfFile();
     m_logFileW->writeData(line);
 }

@@ -5,6 +5,7 @@
 #include <unicode/smpdtfmt.h>
 #include <unicode/timezone.h>
 
+#include <chrono>
 #include <cmath>
 #include <cstdlib>
 #include <map>
@@ -16,11 +17,9 @@ namespace zarn::linux_backend {
 
 namespace {
 
-// What the time zone depends on. Asking it for each line is far cheaper than a new formatter.
-std::string timeZoneStamp()
+// What the system's time zone depends on.
+std::string systemZoneStamp()
 {
-    if (const char* name = std::getenv("TZ"))
-        return std::string("TZ=") + name;
     struct stat link { };
     struct stat target { };
     ::lstat("/etc/localtime", &link);
@@ -28,6 +27,38 @@ std::string timeZoneStamp()
     return std::to_string(link.st_ino) + ' ' + std::to_string(link.st_mtim.tv_sec) + ' '
         + std::to_string(link.st_mtim.tv_nsec) + ' ' + std::to_string(target.st_ino);
 }
+
+// What the time zone depends on. Asking it for each line is far cheaper than a new formatter, and
+// the system once a second is often enough.
+class ZoneStamp {
+public:
+    bool hasChanged()
+    {
+        const char* name = std::getenv("TZ");
+        const bool isNamed = name != nullptr;
+        bool changed = isNamed != m_isNamed;
+        m_isNamed = isNamed;
+        if (isNamed) {
+            changed = changed || m_stamp != name;
+            if (changed)
+                m_stamp = name;
+            return changed;
+        }
+        const auto time = std::chrono::steady_clock::now();
+        if (!changed && time - m_asked < std::chrono::seconds(1))
+            return false;
+        m_asked = time;
+        auto stamp = systemZoneStamp();
+        changed = changed || stamp != m_stamp;
+        m_stamp = std::move(stamp);
+        return changed;
+    }
+
+private:
+    bool m_isNamed = false;
+    std::string m_stamp;
+    std::chrono::steady_clock::time_point m_asked;
+};
 
 // ICU takes the TZ variable as it takes the system's setting.
 std::unique_ptr<icu::TimeZone> currentTimeZone()
@@ -54,7 +85,7 @@ icu::Locale dateLocale()
 
 struct IcuDateFormatter::Cache {
     std::mutex mutex;
-    std::string zoneStamp;
+    ZoneStamp zone;
     std::map<std::string, std::unique_ptr<icu::SimpleDateFormat>, std::less<>> formats;
     // A log line's text changes once a second.
     std::string lastPattern;
@@ -73,11 +104,10 @@ std::string IcuDateFormatter::string(Date date, std::string_view pattern) const
 {
     const std::lock_guard lock(m_cache->mutex);
     auto& cache = *m_cache;
-    if (auto stamp = timeZoneStamp(); stamp != cache.zoneStamp) {
+    if (cache.zone.hasChanged()) {
         ::tzset();
         cache.formats.clear();
         cache.lastPattern.clear();
-        cache.zoneStamp = std::move(stamp);
     }
     const bool subSecond = pattern.find('S') != std::string_view::npos;
     const double second = std::floor(date.secondsSince1970);

@@ -86,11 +86,21 @@ std::unique_ptr<FileHandle> PosixFileManager::openForUpdating(const std::string&
         = ::open(path.c_str(), O_RDWR | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
     if (descriptor < 0)
         return nullptr;
-    struct stat status { };
-    if (::fstat(descriptor, &status) == 0 && (status.st_mode & 0077U) != 0
-        && ::fchmod(descriptor, 0600) == 0)
-        warn("others could read " + path + "; made it private");
+    makePrivate(descriptor, path);
     return std::make_unique<PosixFileHandle>(descriptor);
+}
+
+void PosixFileManager::makePrivate(int descriptor, const std::string& path)
+{
+    const std::lock_guard lock(m_mutex);
+    if (path == m_private)
+        return;
+    struct stat status { };
+    if (::fstat(descriptor, &status) != 0)
+        return;
+    if ((status.st_mode & 0077U) != 0 && ::fchmod(descriptor, 0600) == 0)
+        warn("others could read " + path + "; made it private");
+    m_private = path;
 }
 
 Result<std::vector<std::string>> PosixFileManager::contentsOfDirectory(

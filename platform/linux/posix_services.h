@@ -5,6 +5,7 @@
 #include "platform/console.h"
 #include "platform/file_manager.h"
 
+#include <mutex>
 #include <string>
 
 /// Files, time and standard output of a POSIX system.
@@ -24,7 +25,13 @@ public:
     Status removeItem(const std::string& path) override;
 
 private:
+    /// Takes others their rights to a file of ours, once: looking at it before each line would make
+    /// every write as expensive again, since the file system then has to tell their times apart.
+    void makePrivate(int descriptor, const std::string& path);
+
     std::string m_home;
+    std::mutex m_mutex;
+    std::string m_private;
 };
 
 class SystemClock final : public Clock {
