@@ -21,7 +21,6 @@
 #include "platform/linux/x11_window_list.h"
 
 #include <QApplication>
-#include <QIcon>
 
 #include <array>
 #include <cstdio>
@@ -78,16 +77,6 @@ private:
     std::array<char*, 2> m_values{m_name.data(), nullptr};
 };
 
-QIcon applicationIcon()
-{
-    // Each new window hands all of them to the display, so larger ones would cost more than they
-    // are worth: launchers and docks take theirs from the desktop's icon theme.
-    QIcon icon;
-    for (const int size : {16, 22, 24, 32, 48, 64, 128})
-        icon.addFile(QString(":/icons/AppIcon-%1.png").arg(size), QSize(size, size));
-    return icon;
-}
-
 } // namespace
 
 struct LinuxPlatform::Adapters {
@@ -96,7 +85,7 @@ struct LinuxPlatform::Adapters {
     {
     }
 
-    void afterFirstPaint() const;
+    void loadHttp() const;
     void openLink(const std::string& address);
     std::vector<std::string> ownTitles() const;
     void followColorPreference() const;
@@ -156,9 +145,9 @@ LinuxPlatform::Adapters::WithDisplay::~WithDisplay()
         preloading.join();
 }
 
-void LinuxPlatform::Adapters::afterFirstPaint() const
+// Before the user gets as far as asking a server, and not while the window is only open.
+void LinuxPlatform::Adapters::loadHttp() const
 {
-    display->keychain.preload();
     display->preloading = std::thread([&sessions = display->urlSessions] { sessions.preload(); });
 }
 
@@ -231,13 +220,13 @@ LinuxPlatform::Start LinuxPlatform::start(const Options& options)
     auto& display = *adapters->display;
     setSignalHandlers([&display] { display.application.terminate(); },
         [&display] { display.application.activateIgnoringOtherApps(); });
-    QApplication::setWindowIcon(applicationIcon());
     display.portal.waitForFirstAnswer(portalPatience);
     forbidTracing();
     adapters->followColorPreference();
     display.portal.setBeforeObservers(
         [&adapters = *adapters](bool) { adapters.followColorPreference(); });
-    display.application.setAfterFirstPaint([&adapters = *adapters] { adapters.afterFirstPaint(); });
+    display.application.setAfterFirstPaint([&display] { display.keychain.preload(); });
+    display.application.setAtFirstInput([&adapters = *adapters] { adapters.loadHttp(); });
     return {std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(adapters))), 0, ""};
 }
 

@@ -9,6 +9,7 @@
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QPixmap>
 #include <QSessionManager>
 #include <QStyleFactory>
 #include <QTextBrowser>
@@ -16,10 +17,22 @@
 
 #include <array>
 #include <string_view>
+#include <utility>
 
 namespace zarn::linux_backend {
 
 namespace {
+
+QIcon applicationIcon()
+{
+    // Each new window hands all of them to the display, so larger ones would cost more than they
+    // are worth: launchers and docks take theirs from the desktop's icon theme.
+    // The format is named, or the toolkit would load its readers of all others to find it out.
+    QIcon icon;
+    for (const int size : {16, 22, 24, 32, 48, 64, 128})
+        icon.addPixmap(QPixmap(QString(":/icons/AppIcon-%1.png").arg(size), "PNG"));
+    return icon;
+}
 
 // Drawn by us in both modes, so the theme's own dialogs and styles are not even loaded.
 std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
@@ -31,7 +44,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     QGuiApplication::setDesktopFileName("com.zarn.ZarnActions");
     auto application = std::make_unique<QApplication>(argc, argv);
     application->setQuitOnLastWindowClosed(false);
-    QApplication::setWindowIcon(QIcon(":/icons/AppIcon.png"));
+    QApplication::setWindowIcon(applicationIcon());
     return application;
 }
 
@@ -83,6 +96,30 @@ private:
     std::function<void()> m_terminate;
 };
 
+class FirstInput final : public QObject {
+public:
+    FirstInput(QObject& application, std::function<void()> work)
+        : QObject(&application)
+        , m_work(std::move(work))
+    {
+        application.installEventFilter(this);
+    }
+
+    bool eventFilter(QObject*, QEvent* event) override
+    {
+        const bool isInput
+            = event->type() == QEvent::KeyPress || event->type() == QEvent::MouseButtonPress;
+        if (isInput && m_work) {
+            std::exchange(m_work, nullptr)();
+            deleteLater();
+        }
+        return false;
+    }
+
+private:
+    std::function<void()> m_work;
+};
+
 } // namespace
 
 QtApplication::QtApplication(
@@ -104,6 +141,11 @@ QtApplication::QtApplication(
 QtApplication::~QtApplication()
 {
     m_storyboard.closeAll();
+}
+
+void QtApplication::setAtFirstInput(std::function<void()> work)
+{
+    new FirstInput(*m_application, std::move(work));
 }
 
 int QtApplication::run(ApplicationDelegate& delegate)

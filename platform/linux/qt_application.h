@@ -34,6 +34,8 @@ public:
     QtMainQueue& mainQueue() { return *m_mainQueue; }
     /// Called once, after the first window was painted.
     void setAfterFirstPaint(std::function<void()> work) { m_afterFirstPaint = std::move(work); }
+    /// `work` is called once, when the user presses a first key or button of the mouse.
+    void setAtFirstInput(std::function<void()> work);
 
 private:
     void addMenus(QMainWindow& window);

@@ -11,7 +11,8 @@ add_executable(keychain_probe keychain_probe.cpp)
 target_link_libraries(keychain_probe PRIVATE zarn_linux_lazy_keychain)
 add_dependencies(keychain_probe zarn_keychain_module)
 add_test(NAME keyring_states COMMAND "${CMAKE_CURRENT_SOURCE_DIR}/keyring_states.py" "${PROJECT_BINARY_DIR}")
-set_tests_properties(keyring_states PROPERTIES TIMEOUT 180 LABELS "security")
+set_tests_properties(keyring_states PROPERTIES TIMEOUT 180 LABELS "security"
+    ENVIRONMENT "ZARN_TEST_SLOWNESS=${zarn_slowness}")
 
 add_executable(keychain_writer keychain_writer.cpp)
 target_link_libraries(keychain_writer PRIVATE zarn_linux_keychain)
