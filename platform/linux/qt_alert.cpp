@@ -94,7 +94,7 @@ QLabel* makeIcon(QWidget* parent)
     constexpr int size = 56;
     auto* label = new QLabel(parent);
     label->setPixmap(
-        QApplication::windowIcon().pixmap(QSize(size, size), parent->devicePixelRatioF()));
+        QIcon(":/icons/AppIcon.png").pixmap(QSize(size, size), parent->devicePixelRatioF()));
     label->setFixedSize(size, size);
     return label;
 }

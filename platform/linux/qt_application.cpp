@@ -29,7 +29,7 @@ QIcon applicationIcon()
     // are worth: launchers and docks take theirs from the desktop's icon theme.
     // The format is named, or the toolkit would load its readers of all others to find it out.
     QIcon icon;
-    for (const int size : {16, 22, 24, 32, 48, 64, 128})
+    for (const int size : {16, 24, 32, 48, 64})
         icon.addPixmap(QPixmap(QString(":/icons/AppIcon-%1.png").arg(size), "PNG"));
     return icon;
 }
