@@ -107,7 +107,7 @@ class Keyboard(WorldTest):
     def test_exit_by_keyboard(self):
         self.start().control("push button", "Exit")
         self.press("Exit")
-        self.assertEqual(self.program.ended(), 0)
+        self.assertEqual(self.program.ended(), 0, self.program.errors())
         self.assertEqual(settings(STANDARD), {"agreedToTermsOfUse": False})
 
     def test_menus_and_windows(self):
