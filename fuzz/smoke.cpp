@@ -15,11 +15,8 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 
 namespace {
 
-unsigned long long g_runs = 0; // NOLINT(cppcoreguidelines-avoid-non-const-global-variables)
-
 void run(const std::string& input)
 {
-    ++g_runs;
     LLVMFuzzerTestOneInput(reinterpret_cast<const std::uint8_t*>(input.data()), input.size());
 }
 
@@ -49,10 +46,12 @@ void mutate(std::string& input, std::mt19937& random)
     }
 }
 
-void runSeed(const std::string& seed, unsigned mutations)
+/// How many inputs it ran.
+std::size_t runSeed(const std::string& seed, unsigned mutations)
 {
     const std::size_t step = seed.size() / 4096 + 1;
-    for (std::size_t length = 0; length < seed.size(); length += step)
+    std::size_t runs = 0;
+    for (std::size_t length = 0; length < seed.size(); length += step, ++runs)
         run(seed.substr(0, length));
     run(seed);
     std::mt19937 random(1);
@@ -62,6 +61,7 @@ void runSeed(const std::string& seed, unsigned mutations)
             mutate(input, random);
         run(input);
     }
+    return runs + 1 + mutations;
 }
 
 } // namespace
@@ -75,11 +75,12 @@ int main(int count, char** arguments)
     const char* longRun = std::getenv("ZARN_LONG");
     const unsigned mutations = longRun && std::string_view(longRun) == "1" ? 100'000 : 2'000;
     unsigned seeds = 0;
+    std::size_t inputs = 0;
     for (const auto& entry : std::filesystem::directory_iterator(arguments[1])) {
         std::ifstream file(entry.path(), std::ios::binary);
-        runSeed({std::istreambuf_iterator<char>(file), {}}, mutations);
+        inputs += runSeed({std::istreambuf_iterator<char>(file), {}}, mutations);
         ++seeds;
     }
-    std::printf("%u seeds, %llu inputs\n", seeds, g_runs);
+    std::printf("%u seeds, %zu inputs\n", seeds, inputs);
     return seeds > 0 ? 0 : 1;
 }

@@ -27,6 +27,8 @@ REPLIES = {
         (dict(body_start='["', body="x" * 65536, repeat="240", body_end='"]'), SILENT),
     "ninety thousand keys":
         (dict(body="{" + ",".join(f'"k{i}":{i}' for i in range(90000)) + "}"), NO_VERSION),
+    "two hundred thousand keys":
+        (dict(body="{" + ",".join(f'"k{i}":{i}' for i in range(200000)) + "}"), SILENT),
     "nesting of 100,000": (dict(body="[", repeat="100000"), SILENT),
     "objects nested 100,000 deep": (dict(body='{"a":', repeat="100000"), SILENT),
     "invalid UTF-8": (dict(body=b'{"token":"\xff\xfe"}'), SILENT),
