@@ -23,7 +23,9 @@ from concurrent.futures import ThreadPoolExecutor
 SUPPORT = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../../support")
 ANSWER_LIMIT_MS = 10_000
 # Programs with a sanitizer are several times slower.
+# The probe takes off what the machine itself withheld from the main thread.
 STALL_LIMIT_MS = 50 * float(os.environ.get("ZARN_TEST_SLOWNESS", "1"))
+STAND_STILL_MS = 3 * STALL_LIMIT_MS
 
 COPY = "copy,ZPMA-host,admin"
 COPY_ANY = "copy,ZPMA-host,"
@@ -117,6 +119,7 @@ class Scenario(unittest.TestCase):
     desktop = ["--no-keyring"]
     build = None
     worst = [0.0, 0.0]
+    is_of_the_keychain = True
 
     def runTest(self):
         name = type(self).__name__
@@ -128,8 +131,9 @@ class Scenario(unittest.TestCase):
         took, stall = run.stdout.split()[-2:]
         sys.stdout.write(f"{name:42} answer {float(took):7.1f} ms, painting stood still "
                          f"{float(stall):5.1f} ms\n")
-        self.worst[0] = max(self.worst[0], float(took))
-        self.worst[1] = max(self.worst[1], float(stall))
+        if self.is_of_the_keychain:
+            self.worst[0] = max(self.worst[0], float(took))
+            self.worst[1] = max(self.worst[1], float(stall))
 
     def check(self, world):
         raise NotImplementedError
@@ -444,6 +448,21 @@ class ItemsOfAnotherProgramNeverMatch(Scenario):
             ["secret-tool", "store", "--label=x", "service", "ZPMA-host", "account", "admin",
              "access-group", "Q7X2M9K4TA.org.zarnie.zpshortcuts"], input=b"foreign", check=True)
         self.expect(world.probe(COPY, UPDATE), [GONE] * 2)
+
+
+# ---------------------------------------------------------------- the measurement itself
+
+
+class AMainThreadThatStandsStillIsSeen(Scenario):
+    desktop = ["--no-bus"]
+    is_of_the_keychain = False
+
+    def check(self, world):
+        for how in ("sleep", "spin"):
+            (call,), errors = world.probe(f"{how},{STAND_STILL_MS:.0f}", choice="file")
+            self.assertEqual((call.status, errors), (0, []))
+            self.assertGreater(call.stall, STALL_LIMIT_MS)
+            self.measured = [call.took, call.stall]
 
 
 def scenarios():
