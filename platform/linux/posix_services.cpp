@@ -47,7 +47,7 @@ public:
 private:
     // A full disk must not leave half of what was to be written, unless somebody has written behind
     // it meanwhile.
-    void takeBack(off_t written)
+    void takeBack(off_t written) const
     {
         const auto end = ::lseek(m_descriptor, 0, SEEK_CUR);
         struct stat status { };

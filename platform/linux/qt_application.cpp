@@ -127,7 +127,8 @@ QtApplication::QtApplication(
     : m_application(makeApplication(argc, argv))
     , m_mainQueue(std::make_unique<QtMainQueue>())
     , m_storyboard({std::move(openLink), [this](QMainWindow& window) { addMenus(window); },
-          [this] { windowClosed(); }})
+          [this] { windowClosed(); },
+          [this](std::function<void()> work) { m_mainQueue->performAfterWaits(std::move(work)); }})
 {
     m_mainQueue->onLongWait = [this] { m_storyboard.showLoadingWindow(); };
     new QuitRequests(*m_application, [this] { terminate(); });

@@ -69,6 +69,14 @@ bool QtMainQueue::waitWhilePainting(
     return isDone;
 }
 
+void QtMainQueue::performAfterWaits(std::function<void()> work)
+{
+    if (m_waits == 0)
+        work();
+    else
+        post(std::move(work));
+}
+
 void QtMainQueue::wake()
 {
     QMetaObject::invokeMethod(

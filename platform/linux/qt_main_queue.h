@@ -21,6 +21,9 @@ public:
         const std::function<bool()>& done, std::chrono::milliseconds limit) override;
     void wake() override;
 
+    /// Runs `work` at once, or after the waits that are under way. Main thread only.
+    void performAfterWaits(std::function<void()> work);
+
     /// Called once a wait takes longer than 150 ms, so that there is a window to paint.
     std::function<void()> onLongWait;
 

@@ -6,6 +6,7 @@
 #include <QComboBox>
 #include <QLabel>
 #include <QLineEdit>
+#include <QPointer>
 #include <QProgressBar>
 
 namespace zarn::linux_backend {
@@ -54,13 +55,23 @@ TextField* QtOutlets::textField(std::string_view name)
     return find<QtTextField, QLineEdit>(m_textFields, name);
 }
 
+// Assistive technology presses buttons also while the window waits for the keychain and takes no
+// keys. The fields then hold the address of one server and the password of another, so that such a
+// press has to wait, too. What it finds disabled by then stays as it is.
+void QtOutlets::perform(QWidget& widget, Button* button)
+{
+    m_hooks.performAfterWaits([this, target = QPointer<QWidget>(&widget), button] {
+        if (target && target->isEnabled())
+            m_hooks.action(target->property("action").toString().toStdString(), button);
+    });
+}
+
 Button* QtOutlets::button(std::string_view name)
 {
     const std::string key(name);
     return find<QtButton, QAbstractButton>(m_buttons, name, [this, key] {
-        const auto* widget = m_form.findChild<QAbstractButton*>(QString::fromStdString(key));
-        m_hooks.action(
-            widget->property("action").toString().toStdString(), m_buttons.at(key).get());
+        perform(*m_form.findChild<QAbstractButton*>(QString::fromStdString(key)),
+            m_buttons.at(key).get());
     });
 }
 
@@ -68,9 +79,7 @@ QtOutlets::PopUp* QtOutlets::popUp()
 {
     auto* box = m_form.findChild<QComboBox*>();
     if (!m_popUp && box)
-        m_popUp = std::make_unique<PopUp>(box, [this, box] {
-            m_hooks.action(box->property("action").toString().toStdString(), nullptr);
-        });
+        m_popUp = std::make_unique<PopUp>(box, [this, box] { perform(*box, nullptr); });
     return m_popUp.get();
 }
 

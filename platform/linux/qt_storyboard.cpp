@@ -50,7 +50,8 @@ std::unique_ptr<QtScene> QtStoryboard::makeScene(std::unique_ptr<QMainWindow> wi
     return std::make_unique<QtScene>(std::move(window),
         QtScene::Hooks{
             [this](QtScene& from, std::string_view identifier) { performSegue(from, identifier); },
-            m_hooks.openLink, [this](QtScene& scene) { sceneClosed(scene); }});
+            m_hooks.openLink, [this](QtScene& scene) { sceneClosed(scene); },
+            m_hooks.performAfterWaits});
 }
 
 std::unique_ptr<WindowController> QtStoryboard::load(std::unique_ptr<QMainWindow> window)

@@ -22,6 +22,8 @@ public:
         std::function<void(QMainWindow& window)> addMenus;
         /// A window has closed.
         std::function<void()> windowClosed;
+        /// Runs work at once, or after what the program waits for.
+        std::function<void(std::function<void()> work)> performAfterWaits;
     };
     explicit QtStoryboard(Hooks hooks);
     ~QtStoryboard() override;

@@ -106,7 +106,7 @@ QtScene::QtScene(std::unique_ptr<QMainWindow> window, Hooks hooks)
                if (m_controller)
                    m_controller->performAction(action, button);
            },
-              m_hooks.openLink})
+              m_hooks.openLink, m_hooks.performAfterWaits})
 {
     prepareForm(*m_window);
     m_window->installEventFilter(this);

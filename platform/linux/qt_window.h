@@ -24,6 +24,8 @@ public:
         /// A control with the storyboard action `name` was used; `button` when it is a button.
         std::function<void(const std::string& name, Button* button)> action;
         std::function<void(const std::string& address)> openLink;
+        /// Runs work at once, or after what the program waits for.
+        std::function<void(std::function<void()> work)> performAfterWaits;
     };
     QtOutlets(QWidget& form, Hooks hooks);
 
@@ -42,8 +44,8 @@ private:
         QtPopUpButton button;
         QtPopUpButtonCell cell{button};
         QtMenu menu{button};
-        PopUp(QComboBox* box, ControlAction action)
-            : button(box, std::move(action))
+        PopUp(QComboBox* box, const ControlAction& action)
+            : button(box, action)
         {
         }
     };
@@ -51,6 +53,7 @@ private:
     T* find(std::map<std::string, std::unique_ptr<T>, std::less<>>& made, std::string_view name,
         Arguments&&... arguments);
     PopUp* popUp();
+    void perform(QWidget& widget, Button* button);
     bool isForImage(std::string_view name) const;
 
     QWidget& m_form;
@@ -101,6 +104,8 @@ public:
         /// The window has closed; the scene may be destroyed once control is back in the event
         /// loop.
         std::function<void(QtScene& scene)> closed;
+        /// Runs work at once, or after what the program waits for.
+        std::function<void(std::function<void()> work)> performAfterWaits;
     };
     QtScene(std::unique_ptr<QMainWindow> window, Hooks hooks);
     ~QtScene() override;

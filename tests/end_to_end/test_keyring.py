@@ -4,6 +4,7 @@
 Needs a desktop without a keyring service of its own.
 """
 
+import base64
 import datetime
 import os
 import subprocess
@@ -48,8 +49,8 @@ class Keyring(WorldTest):
         self.addCleanup(self.service.kill)
         self.assertEqual(self.service.stdout.readline(), "ready\n")
 
-    def start(self):
-        self.program = self.start_program("--keychain=secret-service").wait_for_window()
+    def start(self, server=None):
+        self.program = self.start_program("--keychain=secret-service", server=server).wait_for_window()
         self.screen = self.program.screen
         self.answers = Answers(self, self.program)
 
@@ -111,6 +112,31 @@ class Keyring(WorldTest):
 
     def test_dies_while_it_gives_the_secret(self):
         self.check("dies=GetSecret", SILENT)
+
+    def test_a_press_during_the_wait_sends_no_password_of_the_server_before(self):
+        server = self.start_server()
+        write_settings(SHARED_SUITE, {"serversDict": {
+            "First": {"server": "https://first.example", "date": datetime.datetime(2025, 1, 1)},
+            "Second": {"server": server.url, "date": datetime.datetime(2025, 1, 2)}}})
+        self.serve("plain")
+        self.start(server)
+        self.screen.fill("Password:", "password-of-first", role="password text")
+        self.serve("silent")
+        self.screen.choose("Second")
+        wait_for(lambda: self.screen.text("Server URL:") == server.url, "the other server's address")
+        # Assistive technology is served while keys wait.
+        for _ in range(2):
+            self.screen.press("Set")
+        self.assertEqual(self.program.errors(), "")
+        alert = self.screen.alert(30)
+        self.assertEqual(self.program.errors(), SILENT)
+        self.assertEqual(alert.texts[0], "Failed to authenticate. HTTP status code: 401")
+        request, = server.requests()
+        nobody = base64.b64encode(b"admin:").decode()
+        self.assertEqual(dict(request["headers"])["Authorization"], "Basic " + nobody)
+        alert.press("OK")
+        wait_for(lambda: self.screen.is_button_enabled("Set"), "the end of the validation")
+        self.assertEqual(len(server.requests()), 1)
 
     def test_silent_from_the_start(self):
         self.serve("silent")
