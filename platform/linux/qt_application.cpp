@@ -15,9 +15,11 @@
 #include <QTextBrowser>
 #include <QTimer>
 
+#include <algorithm>
 #include <array>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 namespace zarn::linux_backend {
 
@@ -96,10 +98,12 @@ private:
     std::function<void()> m_terminate;
 };
 
-class FirstInput final : public QObject {
+/// Calls `work` once, when the program meets a first event of one of these types.
+class FirstEvent final : public QObject {
 public:
-    FirstInput(QObject& application, std::function<void()> work)
+    FirstEvent(QObject& application, std::vector<QEvent::Type> types, std::function<void()> work)
         : QObject(&application)
+        , m_types(std::move(types))
         , m_work(std::move(work))
     {
         application.installEventFilter(this);
@@ -107,9 +111,7 @@ public:
 
     bool eventFilter(QObject*, QEvent* event) override
     {
-        const bool isInput
-            = event->type() == QEvent::KeyPress || event->type() == QEvent::MouseButtonPress;
-        if (isInput && m_work) {
+        if (m_work && std::ranges::find(m_types, event->type()) != m_types.end()) {
             std::exchange(m_work, nullptr)();
             deleteLater();
         }
@@ -117,6 +119,7 @@ public:
     }
 
 private:
+    std::vector<QEvent::Type> m_types;
     std::function<void()> m_work;
 };
 
@@ -146,7 +149,7 @@ QtApplication::~QtApplication()
 
 void QtApplication::setAtFirstInput(std::function<void()> work)
 {
-    new FirstInput(*m_application, std::move(work));
+    new FirstEvent(*m_application, {QEvent::KeyPress, QEvent::MouseButtonPress}, std::move(work));
 }
 
 int QtApplication::run(ApplicationDelegate& delegate)
@@ -156,9 +159,11 @@ int QtApplication::run(ApplicationDelegate& delegate)
         return 0;
     auto initial = m_storyboard.instantiateInitialController();
     delegate.applicationDidFinishLaunching();
-    m_storyboard.showWindow(std::move(initial));
+    // A window is painted while it is told that it has become visible.
     if (m_afterFirstPaint)
-        QTimer::singleShot(0, m_application.get(), m_afterFirstPaint);
+        new FirstEvent(*m_application, {QEvent::Expose},
+            [this] { QTimer::singleShot(0, m_application.get(), m_afterFirstPaint); });
+    m_storyboard.showWindow(std::move(initial));
     const int result = m_ending ? 0 : QApplication::exec();
     m_ending = true;
     delegate.applicationWillTerminate();
