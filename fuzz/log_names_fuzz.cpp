@@ -30,7 +30,7 @@ public:
     }
     zarn::Result<std::vector<std::string>> contentsOfDirectory(const std::string&) const override
     {
-        return m_names;
+        return std::move(m_names);
     }
     zarn::Status removeItem(const std::string& path) override
     {
@@ -41,48 +41,60 @@ public:
     std::vector<std::string> removed;
 
 private:
-    std::vector<std::string> m_names;
+    mutable std::vector<std::string> m_names; // Listed once.
 };
 
-void addOthers(std::vector<std::string>& names)
+/// In order.
+const std::vector<std::string>& others()
 {
-    for (int i = 10; i < 50; ++i)
-        names.push_back("2025" + std::to_string(i));
+    static const auto names = [] {
+        std::vector<std::string> made;
+        for (int i = 10; i < 50; ++i)
+            made.push_back("2025" + std::to_string(i));
+        return made;
+    }();
+    return names;
 }
 
-void addFound(std::vector<std::string>& names, std::string_view text)
+std::vector<std::string> found(std::string_view text)
 {
     // With the forty others, some on either side of the limit: more would be the same again.
-    constexpr std::size_t most = 48;
+    constexpr std::size_t most = 8;
+    std::vector<std::string> names;
     while (!text.empty() && names.size() < most) {
         const auto end = std::min(text.find('\n'), text.size());
         std::string name(text.substr(0, end));
         for (char& c : name)
             c = c == '/' || c == '\0' ? '_' : c;
-        const bool isThere = std::find(names.begin(), names.end(), name) != names.end();
+        const bool isThere = std::find(names.begin(), names.end(), name) != names.end()
+            || std::binary_search(others().begin(), others().end(), name);
         if (!name.empty() && name != "." && name != ".." && !isThere)
-            names.push_back(name);
+            names.push_back(std::move(name));
         text.remove_prefix(std::min(end + 1, text.size()));
     }
+    return names;
 }
 
 } // namespace
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
-    std::vector<std::string> names;
-    addOthers(names);
-    addFound(names, {reinterpret_cast<const char*>(data), size});
-    Folder folder(names);
-    const zarn::memory::MemoryClock clock;
-    const zarn::memory::MemoryDateFormatter dates;
+    auto expected = found({reinterpret_cast<const char*>(data), size});
+    auto names = others();
+    names.insert(names.end(), expected.begin(), expected.end());
+    Folder folder(std::move(names));
+    static const zarn::memory::MemoryClock clock;
+    static const zarn::memory::MemoryDateFormatter dates;
     zarn::LogFile({folder, clock, dates}).pruneLogFiles();
 
-    std::sort(names.begin(), names.end());
-    names.resize(names.size() - std::min(names.size(), kept));
-    for (auto& name : names)
+    // At most eight go, so that the first eight of the others are enough beside those found.
+    const auto all = others().size() + expected.size();
+    expected.insert(expected.end(), others().begin(), others().begin() + 8);
+    std::sort(expected.begin(), expected.end());
+    expected.resize(all - std::min(all, kept));
+    for (auto& name : expected)
         name.insert(0, "/Library/Logs/");
-    if (folder.removed == names)
+    if (folder.removed == expected)
         return 0;
     std::fputs("other files went, or in another order\n", stderr);
     std::abort();
