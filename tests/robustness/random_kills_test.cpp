@@ -9,6 +9,7 @@
 #include <array>
 #include <chrono>
 #include <cstdlib>
+#include <map>
 #include <random>
 #include <sstream>
 #include <thread>
@@ -106,7 +107,7 @@ private:
     }
 
     std::map<int, std::string> m_secrets;
-    std::array<std::string, churnedProfiles> m_written;
+    std::map<int, std::string> m_written;
     std::string m_pending;
 };
 
