@@ -459,10 +459,12 @@ class AMainThreadThatStandsStillIsSeen(Scenario):
 
     def check(self, world):
         for how in ("sleep", "spin"):
-            (call,), errors = world.probe(f"{how},{STAND_STILL_MS:.0f}", choice="file")
-            self.assertEqual((call.status, errors), (0, []))
-            self.assertGreater(call.stall, STALL_LIMIT_MS)
-            self.measured = [call.took, call.stall]
+            # On a busy machine the next program may get most of the time, rightly taken off.
+            calls, errors = world.probe(*[f"{how},{STAND_STILL_MS:.0f}"] * 10, choice="file")
+            self.assertEqual(({call.status for call in calls}, errors), ({0}, []))
+            seen = max(calls, key=lambda call: call.stall)
+            self.assertGreater(seen.stall, STALL_LIMIT_MS)
+            self.measured = [seen.took, seen.stall]
 
 
 def scenarios():
