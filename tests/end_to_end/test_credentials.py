@@ -5,7 +5,7 @@ import datetime
 import subprocess
 import unittest
 
-from screen import is_enabled, keys, wait_for
+from screen import is_enabled, keys, type_text, wait_for
 from world import ACTIONS_SUITE, SCHEMA, SHARED_SUITE, STANDARD, WorldTest, settings, write_settings
 
 
@@ -74,8 +74,10 @@ class Credentials(WorldTest):
     def test_leaving_the_password_field_does_nothing(self):
         self.store(useUsername=1)
         screen = self.start()
-        screen.fill("Password:", "typed", role="password text")
         screen.focus("password text", "Password:")
+        # Keys wait for the look-up of the start, which empties the field.
+        type_text("typed")
+        wait_for(lambda: self.password_length("Password:") == 5, "the typed password")
         keys("Tab")
         keys("shift+Tab")
         self.assertEqual(self.password_length("Password:"), 5)
