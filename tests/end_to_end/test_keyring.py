@@ -12,7 +12,7 @@ import time
 import unittest
 
 from answers import LIMIT, Answers
-from screen import SLOWNESS, keys, wait_for
+from screen import SLOWNESS, keys, type_text, wait_for
 from world import ACTIONS_SUITE, SHARED_SUITE, STANDARD, WorldTest, write_settings
 
 STAND_IN = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../support/hostile_keyring")
@@ -120,10 +120,15 @@ class Keyring(WorldTest):
             "Second": {"server": server.url, "date": datetime.datetime(2025, 1, 2)}}})
         self.serve("plain")
         self.start(server)
-        self.screen.fill("Password:", "password-of-first", role="password text")
+        self.screen.focus("password text", "Password:")
+        # Keys wait for the look-up of the start, which empties the field.
+        type_text("password-of-first")
+        wait_for(lambda: self.password_length() == len("password-of-first"), "the typed password")
         self.serve("silent")
         self.screen.choose("Second")
         wait_for(lambda: self.screen.text("Server URL:") == server.url, "the other server's address")
+        # Still there until the call ends: this is what must not be sent.
+        self.assertEqual(self.password_length(), len("password-of-first"))
         # Assistive technology is served while keys wait.
         for _ in range(2):
             self.screen.press("Set")
