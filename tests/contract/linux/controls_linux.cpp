@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/contract/controls_contract.h"
 #include "tests/contract/linux/qt_screen.h"
+#include "tests/support/machine_wait.h"
 #include "tests/support/window_manager_environment.h"
 
 #include <QApplication>
@@ -8,8 +9,8 @@
 #include <QTest>
 
 #include <algorithm>
+#include <chrono>
 #include <cstdio>
-#include <ctime>
 
 namespace zarn {
 namespace {
@@ -52,17 +53,20 @@ protected:
             testing::UnitTest::GetInstance()->current_test_info()->name(), m_pastes, m_slowest);
         ScreenContract::TearDown();
     }
-    /// In place of what the field held; the milliseconds that the program ran for it, whatever else
-    /// the machine was busy with.
+    /// In place of what the field held; the milliseconds that it took, but those in which the
+    /// machine ran others.
     double paste(const char* name, const QString& text)
     {
         field(name).setStringValue("");
         EXPECT_TRUE(fixture->moveFocus(name));
         QApplication::clipboard()->setText(text);
-        const auto start = std::clock();
+        const double waited = waitedForTheMachine();
+        const auto start = std::chrono::steady_clock::now();
         QTest::keyClick(QApplication::focusWidget(), Qt::Key_V, Qt::ControlModifier);
         fixture->settle();
-        const double took = static_cast<double>(std::clock() - start) * 1e3 / CLOCKS_PER_SEC;
+        const std::chrono::duration<double, std::milli> wall
+            = std::chrono::steady_clock::now() - start;
+        const double took = wall.count() - (waitedForTheMachine() - waited);
         ++m_pastes;
         m_slowest = std::max(m_slowest, took);
         return took;

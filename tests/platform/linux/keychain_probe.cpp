@@ -2,6 +2,7 @@
 // A program for tests/platform/linux/*.py: uses the keychain as the window does, from the main
 // thread, and prints for each call its status, how long it took and how long painting stood still.
 #include "platform/linux/lazy_keychain.h"
+#include "tests/support/machine_wait.h"
 #include "tests/support/test_main_queue.h"
 
 #include <sched.h>
@@ -11,7 +12,6 @@
 #include <chrono>
 #include <cstdio>
 #include <ctime>
-#include <fstream>
 #include <sstream>
 #include <stop_token>
 #include <string>
@@ -26,16 +26,6 @@ using Clock = std::chrono::steady_clock;
 double millisecondsSince(Clock::time_point begin)
 {
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
-}
-
-/// How long this thread has stood ready while the machine ran others, in milliseconds.
-double waitedForTheMachine()
-{
-    std::ifstream statistics("/proc/thread-self/schedstat");
-    double ran = 0;
-    double waited = 0;
-    statistics >> ran >> waited;
-    return waited / 1e6;
 }
 
 /// Ticks on the main thread's processor and adds up by how much the ticks come late. A processor
