@@ -2,9 +2,9 @@
 #include "api/bundle_texts.h"
 #include "api/endpoint_url.h"
 #include "api/token_delegate.h"
+#include "base/fatal.h"
 #include "log/write_to_log.h"
 #include "platform/console.h"
-#include "platform/fatal.h"
 #include "platform/json.h"
 
 #include <algorithm>

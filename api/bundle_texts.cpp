@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "api/bundle_texts.h"
 
+#include "base/fatal.h"
 #include "platform/bundle.h"
-#include "platform/fatal.h"
 
 #include <string_view>
 

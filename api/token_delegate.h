@@ -2,8 +2,8 @@
 #pragma once
 
 #include "api/connection_state.h"
+#include "base/value.h"
 #include "platform/url_session.h"
-#include "platform/value.h"
 
 #include <functional>
 #include <memory>

@@ -2,9 +2,9 @@
 #include "app/app_delegate.h"
 
 #include "app/my_alert.h"
+#include "base/fatal.h"
 #include "log/write_to_log.h"
 #include "platform/bundle.h"
-#include "platform/fatal.h"
 #include "platform/file_manager.h"
 #include "platform/storyboard.h"
 #include "platform/window_list.h"

@@ -3,9 +3,9 @@
 // calls, in a folder on a real disk.
 #include "bench/interleaved.h"
 #include "log/write_to_log.h"
-#include "platform/linux/icu_text.h"
-#include "platform/linux/plist_settings.h"
-#include "platform/linux/posix_services.h"
+#include "platform/linux/files/posix_services.h"
+#include "platform/linux/settings/plist_settings.h"
+#include "platform/linux/text/icu_text.h"
 #include "profiles/profile_store.h"
 
 #include <plist/plist.h>

@@ -1,17 +1,35 @@
 # SPDX-License-Identifier: MIT
 # cmake -D ROOT=<folder> -P CheckIncludes.cmake
-# The dependency rule: the core includes the standard library, platform/*.h and what its arrows allow,
-# and knows no platform. The compiler alone would not notice: some third-party headers are reachable
-# without being asked for.
+# The dependency rule: the core includes the standard library, base/*.h, platform/*.h and what its arrows
+# allow, and knows no platform. The compiler alone would not notice: some third-party headers are
+# reachable without being asked for. The folders of the Linux backend include any library, but of ours
+# only what their arrows allow.
 cmake_minimum_required(VERSION 3.25)
 
-set(arrows_app app profiles api update log)
-set(arrows_profiles profiles api log)
-set(arrows_api api log)
-set(arrows_update update)
-set(arrows_log log)
-set(arrows_platform)
-set(arrows_platform/memory platform/memory)
+set(core app profiles api update log base platform platform/memory)
+set(arrows_app app profiles api update log base platform)
+set(arrows_profiles profiles api log base platform)
+set(arrows_api api log base platform)
+set(arrows_update update base platform)
+set(arrows_log log base platform)
+set(arrows_base base)
+set(arrows_platform base platform)
+set(arrows_platform/memory platform/memory base platform)
+
+# The folders inside the Linux backend. Its root is the composition, which names them all.
+set(linux platform/linux)
+set(linux_folders files queues settings keychain http ui desktop text tools)
+list(TRANSFORM linux_folders PREPEND "${linux}/")
+set(arrows_${linux} base platform ${linux} ${linux_folders})
+foreach(folder IN LISTS linux_folders)
+    set(arrows_${folder} base platform ${folder})
+endforeach()
+list(APPEND arrows_${linux}/settings ${linux}/files)
+list(APPEND arrows_${linux}/keychain ${linux}/files ${linux}/queues)
+list(APPEND arrows_${linux}/http ${linux}/files ${linux}/queues)
+list(APPEND arrows_${linux}/ui ${linux}/queues)
+list(APPEND arrows_${linux}/desktop ${linux}/files ${linux}/settings)
+list(APPEND arrows_${linux}/tools ${linux}/files ${linux}/settings ${linux}/keychain)
 
 # Named one by one: a name of small letters alone may be anybody's. C and POSIX headers end in ".h".
 set(standard_headers
@@ -39,8 +57,8 @@ macro(check_quoted folder file line header)
     string(REGEX REPLACE "/[^/]*$" "" target "${header}")
     if("${header}" MATCHES "(^|/)\\.\\.?/" OR NOT "${header}" MATCHES "^[^/].*/[^/]+\\.h$")
         violation("${file}" "${line}" "include paths begin at the root and end in .h")
-    elseif("${header}" MATCHES "^platform/[^/]+\\.h$")
     elseif("${file}" MATCHES "${process_entry}" AND "${header}" MATCHES "^(platform/linux|zarn)/[^/]+\\.h$")
+    elseif("${folder}" MATCHES "^platform/linux" AND "${header}" MATCHES "^zarn/[^/]+\\.h$")
     elseif(NOT "${target}" IN_LIST arrows_${folder})
         violation("${file}" "${line}" "this is no arrow of ${folder}/")
     endif()
@@ -60,7 +78,7 @@ macro(check_directive folder file line)
     endif()
 endmacro()
 
-foreach(folder IN ITEMS app profiles api update log platform platform/memory)
+foreach(folder IN LISTS core)
     # Only platform/ has folders of its own: the backends.
     if(folder STREQUAL "platform")
         file(GLOB files RELATIVE "${ROOT}" "${ROOT}/${folder}/*")
@@ -82,6 +100,25 @@ foreach(folder IN ITEMS app profiles api update log platform platform/memory)
     endforeach()
 endforeach()
 
+foreach(folder IN LISTS linux linux_folders)
+    file(GLOB files RELATIVE "${ROOT}" "${ROOT}/${folder}/*.h" "${ROOT}/${folder}/*.cpp")
+    foreach(file IN LISTS files)
+        file(STRINGS "${ROOT}/${file}" lines REGEX "^[ \t]*(#|%:)[ \t]*include[ \t]*\"[^\"]*/")
+        foreach(line IN LISTS lines)
+            string(REGEX REPLACE "^[^\"]*\"([^\"]*)\".*$" "\\1" header "${line}")
+            check_quoted("${folder}" "${file}" "${line}" "${header}")
+        endforeach()
+    endforeach()
+endforeach()
+
+# A file in no folder that the rule knows would escape it.
+file(GLOB folders RELATIVE "${ROOT}" LIST_DIRECTORIES true "${ROOT}/${linux}/*")
+foreach(folder IN LISTS folders)
+    if(IS_DIRECTORY "${ROOT}/${folder}" AND NOT folder IN_LIST linux_folders)
+        violation("${folder}" "" "the rule has no arrows for this folder")
+    endif()
+endforeach()
+
 # Everything but a backend is the same program on every platform: tests, benchmarks and fuzzers too.
 foreach(folder IN ITEMS tests bench fuzz)
     file(GLOB_RECURSE files RELATIVE "${ROOT}" "${ROOT}/${folder}/*.h" "${ROOT}/${folder}/*.cpp")
@@ -98,5 +135,5 @@ if(violations)
     list(JOIN violations "\n" text)
     # As a notice, because an error's text is wrapped.
     message(NOTICE "The dependency rule is broken:\n${text}")
-    message(FATAL_ERROR "The core may not include that.")
+    message(FATAL_ERROR "These files may not include that.")
 endif()

@@ -2,8 +2,8 @@
 // The addresses that HTTP requests go to. Input: an address, a line break, what a server answers as
 // Location. Whatever they are, the two must agree with themselves and with libcurl, and no redirect
 // may lead where it must not.
-#include "platform/linux/http_rules.h"
-#include "platform/linux/http_url.h"
+#include "platform/linux/http/http_rules.h"
+#include "platform/linux/http/http_url.h"
 
 #include <curl/curl.h>
 

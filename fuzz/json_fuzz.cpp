@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Replies of servers. Both parsers agree on what JSON is and what it says, and read what they
 // print.
-#include "platform/linux/qt_json.h"
+#include "platform/linux/text/qt_json.h"
 #include "platform/memory/memory_json.h"
 
 #include <cstdint>

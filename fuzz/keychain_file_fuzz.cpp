@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // The keychain file. The input is read as a whole file (which nobody without the key can make) and
 // as the items inside one (which a program with the key could have written badly).
-#include "platform/linux/keychain_file_format.h"
+#include "platform/linux/keychain/keychain_file_format.h"
 
 #include <cstdio>
 #include <cstdlib>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Settings files. Whatever is read can be changed, written and read again without losing a value.
-#include "platform/linux/plist_document.h"
-#include "platform/utf8.h"
+#include "base/utf8.h"
+#include "platform/linux/settings/plist_document.h"
 
 #include <cmath>
 #include <cstdint>

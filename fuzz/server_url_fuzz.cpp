@@ -2,7 +2,7 @@
 // A server's address as an administrator types it: what becomes of it on its way into a request,
 // the keychain and the profile.
 #include "api/endpoint_url.h"
-#include "platform/url.h"
+#include "base/url.h"
 #include "profiles/server_url.h"
 
 #include <algorithm>

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 // The update page and the versions on it. Input: a version, a line break, the page. Both backends
 // find the same text in the page, and order it against the version alike.
-#include "platform/linux/icu_text.h"
+#include "base/utf8.h"
+#include "platform/linux/text/icu_text.h"
 #include "platform/memory/memory_text_services.h"
-#include "platform/utf8.h"
 
 #include <cstdint>
 #include <cstdio>

@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Three versions, one a line. Both backends order them alike, and it is an order.
-#include "platform/linux/icu_text.h"
+#include "base/utf8.h"
+#include "platform/linux/text/icu_text.h"
 #include "platform/memory/memory_text_services.h"
-#include "platform/utf8.h"
 
 #include <array>
 #include <cstdint>

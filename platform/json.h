@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/result.h"
-#include "platform/value.h"
+#include "base/result.h"
+#include "base/value.h"
 
 #include <string>
 #include <string_view>

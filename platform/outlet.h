@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/fatal.h"
+#include "base/fatal.h"
 
 #include <string>
 

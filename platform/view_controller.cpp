@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/view_controller.h"
 
-#include "platform/fatal.h"
+#include "base/fatal.h"
 
 namespace zarn {
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/url.h"
+#include "base/url.h"
 
 #include <string>
 

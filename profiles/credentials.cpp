@@ -2,10 +2,10 @@
 #include "profiles/credentials.h"
 
 #include "api/connection_state.h"
+#include "base/utf8.h"
 #include "log/write_to_log.h"
 #include "platform/keychain.h"
 #include "platform/serial_queue.h"
-#include "platform/utf8.h"
 
 namespace zarn {
 

@@ -2,11 +2,11 @@
 #include "profiles/login_vc.h"
 
 #include "api/connection_state.h"
+#include "base/fatal.h"
 #include "log/write_to_log.h"
 #include "platform/application.h"
 #include "platform/clock.h"
 #include "platform/console.h"
-#include "platform/fatal.h"
 #include "platform/file_manager.h"
 #include "platform/notification_center.h"
 #include "platform/settings.h"

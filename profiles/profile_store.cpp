@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "profiles/profile_store.h"
 
+#include "base/fatal.h"
 #include "platform/clock.h"
-#include "platform/fatal.h"
 #include "platform/settings.h"
 
 #include <algorithm>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/value.h"
+#include "base/value.h"
 
 #include <cstddef>
 #include <string>

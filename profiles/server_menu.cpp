@@ -2,8 +2,8 @@
 #include "profiles/server_menu.h"
 
 #include "api/alert_display.h"
+#include "base/fatal.h"
 #include "platform/application.h"
-#include "platform/fatal.h"
 #include "platform/settings.h"
 #include "platform/text_services.h"
 

@@ -4,9 +4,9 @@
 #include "api/alert_display.h"
 #include "api/connection_state.h"
 #include "api/token_delegate.h"
+#include "base/base64.h"
 #include "log/write_to_log.h"
 #include "platform/application.h"
-#include "platform/base64.h"
 #include "profiles/server_url.h"
 
 namespace zarn {

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "update/version_check.h"
 
+#include "base/fatal.h"
+#include "base/utf8.h"
 #include "platform/bundle.h"
-#include "platform/fatal.h"
 #include "platform/text_services.h"
-#include "platform/utf8.h"
 
 #include <charconv>
 #include <vector>

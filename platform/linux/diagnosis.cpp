@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/diagnosis.h"
 
-#include "platform/linux/http_module.h"
-#include "platform/linux/lazy_keychain.h"
-#include "platform/linux/module.h"
-#include "platform/linux/plist_settings.h"
+#include "platform/linux/files/module.h"
+#include "platform/linux/http/http_module.h"
+#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/settings/plist_settings.h"
 #include "zarn/product_constants.h"
 
 #include <QtGlobal>

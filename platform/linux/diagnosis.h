@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/keychain_store.h"
-#include "platform/linux/paths.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/keychain/keychain_store.h"
 
 #include <string>
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/memory/memory_json.h"
 
-#include "platform/utf8.h"
+#include "base/utf8.h"
 
 #include <array>
 #include <charconv>

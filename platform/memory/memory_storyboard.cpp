@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/memory/memory_storyboard.h"
 
-#include "platform/fatal.h"
+#include "base/fatal.h"
 
 #include <algorithm>
 #include <utility>

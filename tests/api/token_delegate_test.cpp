@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "api/token_delegate.h"
 
-#include "platform/utf8.h"
+#include "base/utf8.h"
 #include "tests/api/api_fixture.h"
 
 #include <functional>

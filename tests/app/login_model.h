@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/base64.h"
+#include "base/base64.h"
 #include "platform/memory/memory_text_services.h"
 
 #include <algorithm>

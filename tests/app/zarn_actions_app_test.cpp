@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "app/zarn_actions_app.h"
 
-#include "platform/base64.h"
+#include "base/base64.h"
 #include "tests/app/app_fixture.h"
 
 #include <algorithm>

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/base64.h"
+#include "base/base64.h"
 #include "tests/profiles/flow_fixture.h"
 
 namespace zarn {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // What counts is what was asked, whatever the user does to the fields while the server thinks.
-#include "platform/base64.h"
+#include "base/base64.h"
 #include "profiles/server_update.h"
 #include "tests/log/watching_clock.h"
 #include "tests/profiles/flow_fixture.h"

@@ -2,7 +2,7 @@
 // The keychain file as an ordinary user has it, in folders and behind links that do not play along:
 // what was stored stays, the status and one line say what is in the way, and nothing is written
 // where a link leads.
-#include "platform/linux/file_keychain.h"
+#include "platform/linux/keychain/file_keychain.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 

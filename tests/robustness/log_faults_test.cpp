@@ -2,7 +2,7 @@
 // The log on folders and disks that do not play along: lines may be lost, silently; what was
 // written stays, nothing is written where a link leads, and the program goes on.
 #include "log/write_to_log.h"
-#include "platform/linux/posix_services.h"
+#include "platform/linux/files/posix_services.h"
 #include "platform/memory/memory_clock.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_folder.h"

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/file_keychain.h"
-#include "platform/linux/plist_settings.h"
+#include "platform/linux/keychain/file_keychain.h"
+#include "platform/linux/settings/plist_settings.h"
 #include "tests/robustness/churn.h"
 #include "tests/support/scratch_folder.h"
 

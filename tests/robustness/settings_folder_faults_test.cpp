@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Settings as an ordinary user has them, in folders and behind links that do not play along: what
 // was stored stays, a write says what is in its way, and nothing is written where a link leads.
-#include "platform/linux/durable_file.h"
-#include "platform/linux/plist_settings.h"
+#include "platform/linux/files/durable_file.h"
+#include "platform/linux/settings/plist_settings.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 

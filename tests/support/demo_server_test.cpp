@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/base64.h"
+#include "base/base64.h"
 #include "tests/support/demo_server.h"
 #include "tests/support/demo_zarn_pro.h"
 

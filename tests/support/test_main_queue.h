@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/main_queue.h"
+#include "platform/linux/queues/main_queue.h"
 
 #include <condition_variable>
 #include <deque>

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/paths.h"
-#include "platform/linux/plist_settings.h"
-#include "platform/utf8.h"
+#include "base/utf8.h"
+#include "platform/linux/files/paths.h"
+#include "platform/linux/settings/plist_settings.h"
 
 #include <array>
 #include <charconv>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/keychain_factory.h"
-#include "platform/linux/wipe.h"
+#include "platform/linux/keychain/keychain_factory.h"
+#include "platform/linux/keychain/wipe.h"
 
 #include <array>
 #include <cstdio>

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/qt_alert.h"
-#include "platform/linux/qt_application.h"
+#include "platform/linux/ui/qt_alert.h"
+#include "platform/linux/ui/qt_application.h"
 #include "tests/contract/linux/qt_alerts.h"
 #include "tests/support/window_manager_environment.h"
 

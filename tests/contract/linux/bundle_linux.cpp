@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/compiled_bundle.h"
+#include "platform/linux/settings/compiled_bundle.h"
 #include "tests/contract/bundle_contract.h"
 
 #include "zarn/product_constants.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/posix_services.h"
+#include "platform/linux/files/posix_services.h"
 #include "tests/contract/file_manager_contract.h"
 #include "tests/support/scratch_folder.h"
 

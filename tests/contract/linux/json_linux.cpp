@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/qt_json.h"
+#include "platform/linux/text/qt_json.h"
 #include "tests/contract/json_contract.h"
 
 namespace zarn {

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/keychain_factory.h"
-#include "platform/linux/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_factory.h"
+#include "platform/linux/keychain/lazy_keychain.h"
 #include "tests/contract/keychain_contract.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/test_main_queue.h"

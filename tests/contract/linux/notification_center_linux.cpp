@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/settings_portal.h"
+#include "platform/linux/desktop/settings_portal.h"
 #include "tests/contract/notification_center_contract.h"
 #include "tests/support/fake_settings_portal.h"
 #include "tests/support/qt_environment.h"

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "tests/contract/linux/qt_screen.h"
 
-#include "platform/linux/qt_widgets.h"
+#include "platform/linux/ui/qt_widgets.h"
 #include "tests/support/qt_environment.h"
 
 #include <QAbstractItemView>

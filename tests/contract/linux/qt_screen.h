@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include "platform/linux/qt_alert.h"
-#include "platform/linux/qt_application.h"
+#include "platform/linux/ui/qt_alert.h"
+#include "platform/linux/ui/qt_application.h"
 #include "tests/contract/linux/qt_alerts.h"
 #include "tests/contract/screen_contract.h"
 #include "tests/support/x11_windows.h"

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/thread_serial_queue.h"
+#include "platform/linux/queues/thread_serial_queue.h"
 #include "tests/contract/serial_queue_contract.h"
 
 #include <future>

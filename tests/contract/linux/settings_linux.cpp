@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/plist_settings.h"
+#include "platform/linux/settings/plist_settings.h"
 #include "tests/contract/settings_contract.h"
 #include "tests/support/scratch_folder.h"
 

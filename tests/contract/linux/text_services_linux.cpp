@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/icu_text.h"
+#include "platform/linux/text/icu_text.h"
 #include "tests/contract/text_services_contract.h"
 #include "tests/support/scoped_variable.h"
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/contract/url_session_contract.h"
-#include "tests/platform/linux/http_fixture.h"
+#include "tests/platform/linux/http/http_fixture.h"
 
 #include <deque>
 

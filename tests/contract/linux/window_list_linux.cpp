@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/x11_window_list.h"
+#include "platform/linux/desktop/x11_window_list.h"
 #include "tests/contract/window_list_contract.h"
 #include "tests/support/qt_environment.h"
 #include "tests/support/x11_windows.h"

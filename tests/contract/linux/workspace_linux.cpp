@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/desktop_workspace.h"
+#include "platform/linux/desktop/desktop_workspace.h"
 #include "tests/contract/workspace_contract.h"
 #include "tests/support/fake_file_manager.h"
 #include "tests/support/fake_opener.h"

@@ -1,0 +1,68 @@
+// SPDX-License-Identifier: MIT
+#include "base/url.h"
+
+#include "base/utf8.h"
+
+namespace zarn {
+
+namespace {
+
+bool isHexDigit(char c)
+{
+    return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
+}
+
+bool isForbidden(char c)
+{
+    const auto byte = static_cast<unsigned char>(c);
+    return byte <= 0x20 || byte == 0x7f
+        || std::string_view("<>\"{}|\\^`").find(c) != std::string_view::npos;
+}
+
+bool escapesAreWhole(std::string_view text)
+{
+    for (std::size_t i = 0; i < text.size(); ++i) {
+        if (text[i] != '%')
+            continue;
+        if (i + 2 >= text.size() || !isHexDigit(text[i + 1]) || !isHexDigit(text[i + 2]))
+            return false;
+    }
+    return true;
+}
+
+// The host stands between the last "@" of the authority and its port. Brackets are allowed there
+// only as one pair around the whole host.
+bool bracketsAreBalanced(std::string_view text)
+{
+    const auto slashes = text.find("//");
+    if (slashes == std::string_view::npos)
+        return true;
+    auto authority = text.substr(slashes + 2);
+    authority = authority.substr(0, authority.find_first_of("/?#"));
+    if (const auto at = authority.rfind('@'); at != std::string_view::npos)
+        authority.remove_prefix(at + 1);
+    if (authority.find_first_of("[]") == std::string_view::npos)
+        return true;
+    const auto close = authority.find(']');
+    return authority.front() == '[' && close != std::string_view::npos
+        && authority.find('[', 1) == std::string_view::npos
+        && authority.find(']', close + 1) == std::string_view::npos
+        && (close + 1 == authority.size() || authority[close + 1] == ':');
+}
+
+} // namespace
+
+std::optional<Url> Url::fromText(std::string_view text)
+{
+    if (text.empty() || !isUtf8(text))
+        return std::nullopt;
+    for (const char c : text) {
+        if (isForbidden(c))
+            return std::nullopt;
+    }
+    if (!escapesAreWhole(text) || !bracketsAreBalanced(text))
+        return std::nullopt;
+    return Url(std::string(text));
+}
+
+} // namespace zarn

@@ -1,0 +1,238 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/settings/plist_settings.h"
+
+#include "platform/linux/files/durable_file.h"
+#include "platform/linux/files/file_lock.h"
+
+namespace zarn::linux_backend {
+
+namespace {
+
+constexpr std::size_t largestFile = std::size_t{256} << 20;
+// A lock that is not given back in time is held by something broken: later writes wait less for it.
+constexpr std::chrono::milliseconds longestLock{5000};
+constexpr std::chrono::milliseconds lockHeldForever{1000};
+
+bool isPlainName(std::string_view name)
+{
+    return !name.empty() && name.size() <= 200 && name.front() != '.'
+        && name.find_first_not_of(
+               "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789.-_")
+        == std::string_view::npos;
+}
+
+} // namespace
+
+struct PlistDomain::Seen {
+    HeldFile held;
+    FileStamp stamp;
+    PlistDocument document;
+    // A damaged file of which no copy could be kept must not be replaced.
+    std::optional<Error> notKept;
+};
+
+Result<std::shared_ptr<PlistDomain::Seen>> PlistDomain::look() const
+{
+    auto seen = std::make_shared<Seen>();
+    auto file = openPrivateFile(m_path, largestFile);
+    if (!file) {
+        if (file.error().code != ErrorCode::NotFound)
+            return file.error();
+        return seen;
+    }
+    seen->held = std::move(file.value().held);
+    seen->stamp = file.value().stamp;
+    auto parsed = PlistDocument::parse(file.value().contents);
+    if (parsed) {
+        seen->document = std::move(parsed.value());
+        return seen;
+    }
+    const auto kept = keepDamagedCopy(m_path);
+    if (!kept)
+        seen->notKept = kept.error();
+    warn("damaged settings (" + parsed.error().message + ") read as empty: "
+        + (kept ? m_path + " is kept as " + kept.value() : kept.error().message));
+    return seen;
+}
+
+const PlistDocument& PlistDomain::current() const
+{
+    if (m_seen && m_readFailure.empty() && m_seen->stamp == stampOf(m_path))
+        return m_seen->document;
+    auto looked = look();
+    if (looked) {
+        m_seen = std::move(looked.value());
+        m_readFailure.clear();
+        return m_seen->document;
+    }
+    m_seen = std::make_shared<Seen>();
+    if (m_readFailure != looked.error().message)
+        warn("settings read as empty: " + looked.error().message);
+    m_readFailure = looked.error().message;
+    return m_seen->document;
+}
+
+std::optional<Value> PlistDomain::object(std::string_view key) const
+{
+    return current().object(key);
+}
+
+Value::Dictionary PlistDomain::dictionary() const
+{
+    return current().dictionary();
+}
+
+Status PlistDomain::change(const std::function<bool(PlistDocument&)>& apply)
+{
+    if (!m_readFailure.empty())
+        return Error{ErrorCode::Io, m_readFailure};
+    const auto lock = FileLock::acquire(m_path, m_lockTimedOut ? lockHeldForever : longestLock);
+    m_lockTimedOut = !lock && lock.error().code == ErrorCode::Unavailable;
+    if (!lock)
+        return lock.error();
+    if (!m_seen || m_seen->stamp != stampOf(m_path)) {
+        auto looked = look();
+        if (!looked)
+            return looked.error();
+        m_seen = std::move(looked.value());
+    }
+    if (m_seen->notKept)
+        return *m_seen->notKept;
+    if (!apply(m_seen->document))
+        return Success{};
+    auto written = write();
+    // The document holds what the file does not.
+    if (!written)
+        m_seen.reset();
+    return written;
+}
+
+Status PlistDomain::write()
+{
+    if (auto replaced = replacePrivateFile(m_path, m_seen->document.xml()); !replaced)
+        return replaced;
+    // The lock is still held: this is what was just written.
+    auto [held, stamp] = holdFile(m_path);
+    m_seen->held = std::move(held);
+    m_seen->stamp = stamp;
+    return Success{};
+}
+
+Status PlistDomain::trySet(std::string_view key, const Value& value)
+{
+    bool exact = true;
+    auto status = change([&](PlistDocument& document) {
+        exact = document.set(key, value);
+        return true;
+    });
+    if (status && !exact)
+        warn("setting " + std::string(key)
+            + " holds characters that no settings file can; each is stored as U+FFFD");
+    return status;
+}
+
+Status PlistDomain::tryRemove(std::string_view key)
+{
+    if (!current().contains(key) && m_readFailure.empty())
+        return Success{};
+    return change([&](PlistDocument& document) {
+        if (!document.contains(key))
+            return false;
+        document.remove(key);
+        return true;
+    });
+}
+
+void PlistDomain::set(std::string_view key, const Value& value)
+{
+    if (const auto status = trySet(key, value); !status)
+        warn("setting " + std::string(key) + " was not saved: " + status.error().message);
+}
+
+void PlistDomain::remove(std::string_view key)
+{
+    if (const auto status = tryRemove(key); !status)
+        warn("setting " + std::string(key) + " was not removed: " + status.error().message);
+}
+
+class PlistSettings::StandardDomain final : public SettingsDomain {
+public:
+    StandardDomain(
+        PlistDomain& own, Value::Dictionary launchArguments, const GlobalValues* globalValues)
+        : m_own(own)
+        , m_launchArguments(std::move(launchArguments))
+        , m_globalValues(globalValues)
+    {
+    }
+
+    std::optional<Value> object(std::string_view key) const override
+    {
+        if (const auto it = m_launchArguments.find(std::string(key)); it != m_launchArguments.end())
+            return it->second;
+        if (auto value = m_own.object(key))
+            return value;
+        return m_globalValues ? m_globalValues->object(key) : std::nullopt;
+    }
+    void set(std::string_view key, const Value& value) override { m_own.set(key, value); }
+    void remove(std::string_view key) override { m_own.remove(key); }
+
+private:
+    PlistDomain& m_own;
+    Value::Dictionary m_launchArguments;
+    const GlobalValues* m_globalValues;
+};
+
+PlistSettings::PlistSettings(
+    std::string folder, Value::Dictionary launchArguments, const GlobalValues* globalValues)
+    : m_folder(std::move(folder))
+    , m_standard(std::make_unique<StandardDomain>(
+          *domain(standardIdentifier), std::move(launchArguments), globalValues))
+{
+}
+
+PlistSettings::~PlistSettings() = default;
+
+SettingsDomain& PlistSettings::standard()
+{
+    return *m_standard;
+}
+
+PlistDomain* PlistSettings::domain(std::string_view name)
+{
+    if (!isPlainName(name))
+        return nullptr;
+    auto it = m_domains.find(name);
+    if (it == m_domains.end()) {
+        auto path = m_folder + "/" + std::string(name) + ".plist";
+        it = m_domains.emplace(std::string(name), std::make_unique<PlistDomain>(std::move(path)))
+                 .first;
+    }
+    return it->second.get();
+}
+
+SettingsDomain* PlistSettings::suite(std::string_view name)
+{
+    auto* found = domain(name);
+    if (!found)
+        return nullptr;
+    if (const auto made = makeOwnFolder(m_folder); !made) {
+        warn(made.error().message);
+        return nullptr;
+    }
+    return found;
+}
+
+Value::Dictionary launchArgumentsOf(const std::vector<std::string>& arguments)
+{
+    Value::Dictionary result;
+    for (std::size_t i = 0; i + 1 < arguments.size(); ++i) {
+        const auto& key = arguments[i];
+        if (key.size() < 2 || key[0] != '-' || key[1] == '-')
+            continue;
+        result[key.substr(1)] = arguments[i + 1];
+        ++i;
+    }
+    return result;
+}
+
+} // namespace zarn::linux_backend

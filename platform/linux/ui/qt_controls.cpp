@@ -1,0 +1,197 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/ui/qt_controls.h"
+
+#include <QCheckBox>
+#include <QFocusEvent>
+#include <QLabel>
+#include <QLineEdit>
+#include <QProgressBar>
+#include <QToolButton>
+
+namespace zarn::linux_backend {
+
+namespace {
+QString toQt(std::string_view text)
+{
+    return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
+}
+
+// The "&" of a button, and of a label that names a field, marks a shortcut key; a text has none.
+QString toQtTitle(std::string_view text)
+{
+    return toQt(text).replace('&', "&&");
+}
+std::string fromQtTitle(QString text)
+{
+    return text.replace("&&", "&").toStdString();
+}
+} // namespace
+
+void QtLabel::setStringValue(std::string_view text)
+{
+    widget().setText(widget().buddy() ? toQtTitle(text) : toQt(text));
+}
+std::string QtLabel::stringValue() const
+{
+    return widget().buddy() ? fromQtTitle(widget().text()) : widget().text().toStdString();
+}
+
+QtTextField::QtTextField(QLineEdit* field)
+    : QtControlOf(field)
+{
+    field->installEventFilter(this);
+    connect(field, &QLineEdit::returnPressed, this, &QtTextField::endEditing);
+}
+
+void QtTextField::setStringValue(std::string_view text)
+{
+    widget().setText(toQt(text));
+}
+std::string QtTextField::stringValue() const
+{
+    return widget().text().toStdString();
+}
+void QtTextField::setEditable(bool editable)
+{
+    widget().setReadOnly(!editable);
+}
+bool QtTextField::isEditable() const
+{
+    return !widget().isReadOnly();
+}
+void QtTextField::makeFirstResponder()
+{
+    m_takesFocusWhenShown = !widget().isVisible();
+    widget().setFocus(Qt::OtherFocusReason);
+}
+
+void QtTextField::endEditing()
+{
+    if (m_delegate)
+        m_delegate->controlTextDidEndEditing(this);
+}
+
+// The toolkit's own signal also comes when the window is deactivated, and not when the text is
+// unchanged; the reason of the focus change tells the cases apart.
+bool QtTextField::eventFilter(QObject* watched, QEvent* event)
+{
+    if (event->type() == QEvent::Show && m_takesFocusWhenShown) {
+        m_takesFocusWhenShown = false;
+        // Whatever the toolkit gave the focus to meanwhile was not edited.
+        widget().setFocus(Qt::NoFocusReason);
+    } else if (event->type() == QEvent::FocusOut) {
+        switch (static_cast<QFocusEvent*>(event)->reason()) {
+        case Qt::MenuBarFocusReason: {
+            // The toolkit's field would forget what is selected, and "Copy" would find nothing.
+            QFocusEvent asForPopup(QEvent::FocusOut, Qt::PopupFocusReason);
+            widget().event(&asForPopup);
+            return true;
+        }
+        case Qt::ActiveWindowFocusReason:
+        case Qt::PopupFocusReason:
+        case Qt::NoFocusReason:
+            break;
+        default:
+            endEditing();
+        }
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+QtButton::QtButton(QAbstractButton* button, const ControlAction& action)
+    : QtControlOf(button)
+{
+    if (qobject_cast<QCheckBox*>(button)) {
+        // An accessible toggle changes the box without a click.
+        QObject::connect(button, &QAbstractButton::toggled, button, [this, action](bool) {
+            if (!m_settingFromCode)
+                action();
+        });
+        return;
+    }
+    QObject::connect(button, &QAbstractButton::clicked, button, [this, action](bool) {
+        if (isDisclosure())
+            m_state = m_state == 0 ? 1 : 0;
+        action();
+    });
+}
+
+bool QtButton::isDisclosure() const
+{
+    return qobject_cast<QToolButton*>(&widget()) != nullptr;
+}
+void QtButton::setTitle(std::string_view title)
+{
+    widget().setText(toQtTitle(title));
+}
+std::string QtButton::title() const
+{
+    return fromQtTitle(widget().text());
+}
+
+void QtButton::setState(int state)
+{
+    m_state = state;
+    if (!widget().isCheckable())
+        return;
+    m_settingFromCode = true;
+    widget().setChecked(state != 0);
+    m_settingFromCode = false;
+}
+
+int QtButton::state() const
+{
+    return widget().isCheckable() ? (widget().isChecked() ? 1 : 0) : m_state;
+}
+
+void QtButton::setImage(ImageName image)
+{
+    m_image = image;
+    if (auto* arrow = qobject_cast<QToolButton*>(&widget()))
+        arrow->setArrowType(
+            image == ImageName::TouchBarGoDownTemplate ? Qt::DownArrow : Qt::RightArrow);
+}
+
+void QtButton::setToolTip(std::string_view text)
+{
+    widget().setToolTip(toQt(text));
+    widget().setAccessibleName(toQt(text));
+}
+
+std::string QtButton::toolTip() const
+{
+    return widget().toolTip().toStdString();
+}
+
+QtProgressIndicator::QtProgressIndicator(QProgressBar* bar)
+    : QtControlOf(bar)
+{
+    bar->hide();
+}
+
+void QtProgressIndicator::setHidden(bool hidden)
+{
+    m_hidden = hidden;
+    widget().setVisible(m_animating && !m_hidden);
+}
+
+void QtProgressIndicator::startAnimation()
+{
+    m_animating = true;
+    widget().setVisible(!m_hidden);
+}
+
+void QtProgressIndicator::stopAnimation()
+{
+    m_animating = false;
+    widget().hide();
+}
+
+void QtImageView::setImage(ImageName image)
+{
+    m_image = image;
+    const QIcon icon(":/icons/AppIcon.png");
+    widget().setPixmap(icon.pixmap(widget().maximumSize(), widget().devicePixelRatioF()));
+}
+
+} // namespace zarn::linux_backend

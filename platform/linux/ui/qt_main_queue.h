@@ -1,0 +1,38 @@
+// SPDX-License-Identifier: MIT
+#pragma once
+
+#include "platform/linux/queues/main_queue.h"
+
+#include <QObject>
+
+#include <deque>
+#include <mutex>
+
+namespace zarn::linux_backend {
+
+/// The main queue on Qt's event loop. Made on the main thread, after the application object.
+class QtMainQueue final : public QObject, public MainQueue {
+    Q_OBJECT
+
+public:
+    void post(std::function<void()> work) override;
+    bool isMainThread() const override;
+    bool waitWhilePainting(
+        const std::function<bool()>& done, std::chrono::milliseconds limit) override;
+    void wake() override;
+
+    /// Runs `work` at once, or after the waits that are under way. Main thread only.
+    void performAfterWaits(std::function<void()> work);
+
+    /// Called once a wait takes longer than 150 ms, so that there is a window to paint.
+    std::function<void()> onLongWait;
+
+private:
+    void runPosted();
+
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_work;
+    int m_waits = 0;
+};
+
+} // namespace zarn::linux_backend

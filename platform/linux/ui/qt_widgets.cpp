@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/ui/qt_widgets.h"
+
+#include <QKeyEvent>
+#include <QPainter>
+#include <QStyleOptionComboBox>
+#include <QWheelEvent>
+
+void LayerView::setLayerColor(const QColor& color)
+{
+    m_layerColor = color;
+    update();
+}
+
+void LayerView::paintEvent(QPaintEvent*)
+{
+    if (m_layerColor)
+        QPainter(this).fillRect(rect(), *m_layerColor);
+}
+
+ServerPopUp::ServerPopUp(QWidget* parent)
+    : QComboBox(parent)
+{
+    // The menu must not grow with the names in it; a fixed number of letters bounds the button.
+    setSizeAdjustPolicy(QComboBox::AdjustToMinimumContentsLengthWithIcon);
+    setMinimumContentsLength(12);
+    setInsertPolicy(QComboBox::NoInsert);
+    setMaxVisibleItems(20);
+}
+
+QSize ServerPopUp::sizeHint() const
+{
+    return QComboBox::sizeHint();
+}
+
+void ServerPopUp::keyPressEvent(QKeyEvent* event)
+{
+    switch (event->key()) {
+    case Qt::Key_Up:
+    case Qt::Key_Down:
+    case Qt::Key_Space:
+    case Qt::Key_Return:
+    case Qt::Key_Enter:
+        showPopup();
+        break;
+    default:
+        event->ignore();
+    }
+}
+
+void ServerPopUp::wheelEvent(QWheelEvent* event)
+{
+    event->ignore();
+}
+
+void ServerPopUp::initStyleOption(QStyleOptionComboBox* option) const
+{
+    QComboBox::initStyleOption(option);
+    const auto area
+        = style()->subControlRect(QStyle::CC_ComboBox, option, QStyle::SC_ComboBoxEditField, this);
+    option->currentText
+        = option->fontMetrics.elidedText(option->currentText, Qt::ElideRight, area.width());
+}
+
+NoticeBrowser::NoticeBrowser(QWidget* parent)
+    : QTextBrowser(parent)
+{
+    setOpenLinks(false);
+    setFrameShape(QFrame::NoFrame);
+    setTextInteractionFlags(Qt::TextBrowserInteraction | Qt::TextSelectableByKeyboard);
+    viewport()->setAutoFillBackground(false);
+    connect(this, &QTextBrowser::anchorClicked, this, [this](const QUrl& address) {
+        if (openLink)
+            openLink(address.toString(QUrl::FullyEncoded));
+    });
+}

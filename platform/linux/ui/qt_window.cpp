@@ -1,0 +1,228 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/ui/qt_window.h"
+
+#include "platform/linux/ui/qt_widgets.h"
+
+#include <QAction>
+#include <QCloseEvent>
+#include <QLabel>
+#include <QLayout>
+#include <QMainWindow>
+#include <QMenuBar>
+
+namespace zarn::linux_backend {
+
+namespace {
+
+/// Widgets that share a caption get it as their buddy while they are the one shown, so that
+/// assistive technology reads the right name.
+class CaptionKeeper final : public QObject {
+public:
+    CaptionKeeper(QWidget* widget, QLabel* caption)
+        : QObject(widget)
+        , m_widget(widget)
+        , m_caption(caption)
+    {
+        widget->installEventFilter(this);
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::ShowToParent)
+            m_caption->setBuddy(m_widget);
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    QWidget* m_widget;
+    QLabel* m_caption;
+};
+
+void prepareForm(QMainWindow& window)
+{
+    for (auto* widget : window.findChildren<QWidget*>()) {
+        if (const auto caption = widget->property("captionLabel").toString(); !caption.isEmpty())
+            new CaptionKeeper(widget, window.findChild<QLabel*>(caption));
+        if (widget->property("retainSize").isValid()) {
+            auto policy = widget->sizePolicy();
+            policy.setRetainSizeWhenHidden(true);
+            widget->setSizePolicy(policy);
+        }
+        if (widget->property("largeText").isValid()) {
+            auto font = widget->font();
+            font.setPointSizeF(font.pointSizeF() * 1.5);
+            font.setBold(true);
+            widget->setFont(font);
+        }
+    }
+}
+
+} // namespace
+
+std::string QtWindow::title() const
+{
+    return m_hiddenTitle.value_or(m_window.windowTitle().toStdString());
+}
+
+void QtWindow::setTitleVisibility(TitleVisibility visibility)
+{
+    if ((visibility == TitleVisibility::Hidden) == m_hiddenTitle.has_value())
+        return;
+    const auto text = title();
+    if (visibility == TitleVisibility::Hidden)
+        m_hiddenTitle = text;
+    else
+        m_hiddenTitle.reset();
+    m_window.setWindowTitle(m_hiddenTitle ? QString() : QString::fromStdString(text));
+}
+
+void QtWindow::setStyleMask(unsigned mask)
+{
+    m_mask = mask;
+    const bool hasTitle = (mask & 1U) != 0;
+    m_window.setWindowFlag(Qt::FramelessWindowHint, !hasTitle);
+    m_window.setWindowFlag(Qt::WindowCloseButtonHint, (mask & window_style::closable) != 0);
+    m_window.setWindowFlag(
+        Qt::WindowMinimizeButtonHint, (mask & window_style::miniaturizable) != 0);
+    m_window.setWindowFlag(Qt::WindowMaximizeButtonHint, (mask & window_style::resizable) != 0);
+    if ((mask & window_style::resizable) == 0)
+        m_window.setFixedSize(m_window.size());
+}
+
+void QtWindow::makeKeyAndOrderFront()
+{
+    m_window.setWindowState(m_window.windowState() & ~Qt::WindowMinimized);
+    m_window.show();
+    m_window.raise();
+    m_window.activateWindow();
+}
+
+QtScene::QtScene(std::unique_ptr<QMainWindow> window, Hooks hooks)
+    : m_window(std::move(window))
+    , m_hooks(std::move(hooks))
+    , m_customClass(m_window->property("customClass").toString().toStdString())
+    , m_sceneWindow(*m_window)
+    , m_outlets(*m_window,
+          {[this](const std::string& action, Button* button) {
+               if (m_controller)
+                   m_controller->performAction(action, button);
+           },
+              m_hooks.openLink, m_hooks.performAfterWaits})
+{
+    prepareForm(*m_window);
+    m_window->installEventFilter(this);
+    content().installEventFilter(this);
+}
+
+QtScene::~QtScene()
+{
+    m_window->removeEventFilter(this);
+    content().removeEventFilter(this);
+    // The controller's own farewell may still look at its view.
+    m_controller.reset();
+}
+
+LayerView& QtScene::content() const
+{
+    return *qobject_cast<LayerView*>(m_window->centralWidget());
+}
+
+void QtScene::load(std::unique_ptr<ViewController> controller)
+{
+    m_controller = std::move(controller);
+    if (!m_controller)
+        return;
+    m_controller->setView(this);
+    m_controller->connectOutlets(m_outlets);
+    m_controller->viewDidLoad();
+}
+
+void QtScene::show()
+{
+    m_shown = true;
+    if (m_controller)
+        m_controller->viewWillAppear();
+    fitContent();
+    m_window->show();
+    if (m_controller)
+        m_controller->viewDidAppear();
+}
+
+void QtScene::close()
+{
+    m_closing = true;
+    m_window->close();
+}
+
+void QtScene::disappear()
+{
+    if (!m_shown)
+        return;
+    m_shown = false;
+    if (m_controller)
+        m_controller->viewWillDisappear();
+    m_hooks.closed(*this);
+}
+
+bool QtScene::eventFilter(QObject* watched, QEvent* event)
+{
+    const bool isLocked = (m_sceneWindow.styleMask() & window_style::closable) == 0;
+    if (watched == m_window.get() && event->type() == QEvent::Close) {
+        if (isLocked && !m_closing) {
+            event->ignore();
+            return true;
+        }
+        disappear();
+    } else if (watched == m_window.get() && event->type() == QEvent::WindowStateChange
+        && isLocked) {
+        if (m_window->windowState()
+            & (Qt::WindowMinimized | Qt::WindowFullScreen | Qt::WindowMaximized))
+            m_window->setWindowState(Qt::WindowNoState);
+    } else if (watched == &content() && event->type() == QEvent::LayoutRequest && m_preferredSize) {
+        QMetaObject::invokeMethod(this, &QtScene::fitContent, Qt::QueuedConnection);
+    }
+    return QObject::eventFilter(watched, event);
+}
+
+void QtScene::setWantsLayer(bool wants)
+{
+    m_hasLayer = wants;
+}
+
+void QtScene::setLayerBackground(double greyLevel, double alpha)
+{
+    content().setLayerColor(QColor::fromRgbF(static_cast<float>(greyLevel),
+        static_cast<float>(greyLevel), static_cast<float>(greyLevel), static_cast<float>(alpha)));
+}
+
+void QtScene::setPreferredContentSize(int width, int height)
+{
+    m_preferredSize = QSize(width, height);
+    fitContent();
+}
+
+// The preferred size is what the content gets unless the user's font needs more.
+void QtScene::fitContent()
+{
+    if (!m_preferredSize)
+        return;
+    if (auto* layout = content().layout())
+        layout->activate();
+    const auto size = m_preferredSize->expandedTo(content().minimumSizeHint());
+    if (content().size() == size && content().minimumSize() == size)
+        return;
+    content().setFixedSize(size);
+    const int menuHeight = m_window->menuWidget() ? m_window->menuWidget()->sizeHint().height() : 0;
+    m_window->setFixedSize(size.width(), size.height() + menuHeight);
+}
+
+void QtScene::performSegue(std::string_view identifier)
+{
+    m_hooks.segue(*this, identifier);
+}
+
+void QtScene::dismissViewController()
+{
+    close();
+}
+
+} // namespace zarn::linux_backend

@@ -1,0 +1,55 @@
+// SPDX-License-Identifier: MIT
+#include "base/url.h"
+
+#include <gtest/gtest.h>
+
+namespace zarn {
+namespace {
+
+TEST(Url, KeepsTheTextAsGiven)
+{
+    const char* const texts[] = {"https://zarn.example", "https://zarn.example:8443/a?b=c#d",
+        "zarn.example", "127.0.0.1:8443", "ftp://zarn.example", "https://zarn.example:99999",
+        "https://", "https:/host/api", "https://[::1]:8443/", "https://user@[::1]/",
+        "https://\xC3\xBC.example/%C3%BC", "http://0x7f.1", "/api/v1/auth/token",
+        "https://host/a[b]"};
+    for (const char* text : texts) {
+        const auto url = Url::fromText(text);
+        ASSERT_TRUE(url) << text;
+        EXPECT_EQ(url->text(), text);
+    }
+}
+
+TEST(Url, RefusesCharactersThatNoUrlHolds)
+{
+    const std::string forbidden = " <>\"{}|\\^`\t\r\n\x01\x1f\x7f";
+    for (const char c : forbidden)
+        EXPECT_FALSE(Url::fromText(std::string("https://zarn.example/a") + c + "b")) << int{c};
+    EXPECT_FALSE(Url::fromText(std::string_view("https://a\0b", 11)));
+}
+
+TEST(Url, RefusesAnEmptyText)
+{
+    EXPECT_FALSE(Url::fromText(""));
+}
+
+TEST(Url, RefusesBytesThatAreNotUtf8)
+{
+    EXPECT_FALSE(Url::fromText("https://zarn.example/\xFF"));
+}
+
+TEST(Url, RefusesBrokenPercentEscapes)
+{
+    for (const char* text : {"https://h/%", "https://h/%4", "https://h/%zz", "https://h/a%4gb"})
+        EXPECT_FALSE(Url::fromText(text)) << text;
+}
+
+TEST(Url, RefusesUnbalancedBracketsAroundTheHost)
+{
+    for (const char* text : {"https://[::1", "https://::1]", "https://[[::1]]/", "https://a[::1]/",
+             "https://[::1]x/", "https://u@[::1/"})
+        EXPECT_FALSE(Url::fromText(text)) << text;
+}
+
+} // namespace
+} // namespace zarn

@@ -1,0 +1,256 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/desktop/single_instance.h"
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <poll.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace zarn::linux_backend {
+namespace {
+
+using namespace std::chrono_literals;
+using Outcome = SingleInstance::Outcome;
+
+/// Another process that does `work`; its exit code is what `work` answers.
+class OtherProcess {
+public:
+    explicit OtherProcess(const std::function<int(int toUs, int fromUs)>& work)
+    {
+        int up[2];
+        int down[2];
+        if (::pipe2(up, O_CLOEXEC) != 0 || ::pipe2(down, O_CLOEXEC) != 0)
+            return;
+        m_process = ::fork();
+        if (m_process == 0) {
+            ::close(down[1]);
+            ::_exit(work(up[1], down[0]));
+        }
+        ::close(up[1]);
+        ::close(down[0]);
+        m_fromIt = up[0];
+        m_toIt = down[1];
+    }
+    ~OtherProcess()
+    {
+        if (m_process > 0) {
+            kill();
+            ::waitpid(m_process, nullptr, 0);
+        }
+        ::close(m_fromIt);
+        ::close(m_toIt);
+    }
+    OtherProcess(const OtherProcess&) = delete;
+    OtherProcess& operator=(const OtherProcess&) = delete;
+
+    /// The next byte it says; 0 when it has ended.
+    char hear() const
+    {
+        char byte = 0;
+        return ::read(m_fromIt, &byte, 1) == 1 ? byte : '\0';
+    }
+    void tell() const { EXPECT_EQ(::write(m_toIt, "x", 1), 1); }
+    void kill() const { ::kill(m_process, SIGKILL); }
+    int exitCode()
+    {
+        int status = 0;
+        ::waitpid(m_process, &status, 0);
+        m_process = -1;
+        return WIFEXITED(status) ? WEXITSTATUS(status) : -WTERMSIG(status);
+    }
+    /// Still there and not a zombie.
+    bool isAlive() const { return ::waitpid(m_process, nullptr, WNOHANG) == 0; }
+
+private:
+    pid_t m_process = -1;
+    int m_fromIt = -1;
+    int m_toIt = -1;
+};
+
+char say(int descriptor, char byte)
+{
+    return ::write(descriptor, &byte, 1) == 1 ? byte : '\0';
+}
+
+void waitToBeTold(int descriptor)
+{
+    // A signal that is caught meanwhile is no answer. The thread sanitizer runs its handler only
+    // between two calls, so that none may last.
+    pollfd input{descriptor, POLLIN, 0};
+    while (::poll(&input, 1, 10) <= 0) { }
+    char byte = 0;
+    [[maybe_unused]] const auto count = ::read(descriptor, &byte, 1);
+}
+
+class SingleInstanceTest : public testing::Test {
+protected:
+    SingleInstanceTest()
+    {
+        std::string name = std::filesystem::temp_directory_path() / "instance-XXXXXX";
+        folder = ::mkdtemp(name.data());
+        path = folder / "settings/zarn-actions.running";
+    }
+    ~SingleInstanceTest() override
+    {
+        std::filesystem::permissions(folder, std::filesystem::perms::owner_all);
+        std::filesystem::remove_all(folder);
+    }
+
+    /// A first copy that says 'f', then 'r' for each raise; told something, it ends properly.
+    std::function<int(int, int)> firstCopy() const
+    {
+        return [path = path](int toUs, int fromUs) {
+            static int pipe = -1;
+            pipe = toUs;
+            std::signal(SIGUSR1, [](int) { say(pipe, 'r'); });
+            SingleInstance instance;
+            if (instance.claim(path, 0ms) != Outcome::First)
+                return 1;
+            say(toUs, 'f');
+            waitToBeTold(fromUs);
+            instance.announceEnding();
+            say(toUs, 'e');
+            waitToBeTold(fromUs);
+            return 0;
+        };
+    }
+
+    std::filesystem::path folder;
+    std::filesystem::path path;
+};
+
+TEST_F(SingleInstanceTest, TheFirstStartIsTheFirst)
+{
+    SingleInstance instance;
+    EXPECT_EQ(instance.claim(path, 0ms), Outcome::First);
+    struct stat status { };
+    ASSERT_EQ(::stat(path.c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0600U);
+    ASSERT_EQ(::stat(path.parent_path().c_str(), &status), 0);
+    EXPECT_EQ(status.st_mode & 0777, 0700U);
+}
+
+TEST_F(SingleInstanceTest, EachFurtherStartRaisesTheFirstOnce)
+{
+    OtherProcess first(firstCopy());
+    ASSERT_EQ(first.hear(), 'f');
+    for (int start = 0; start < 3; ++start) {
+        SingleInstance instance;
+        EXPECT_EQ(instance.claim(path, 5s), Outcome::RaisedOther);
+        EXPECT_EQ(first.hear(), 'r');
+    }
+    EXPECT_TRUE(first.isAlive());
+}
+
+TEST_F(SingleInstanceTest, AKilledFirstCopyLeavesThePlaceFree)
+{
+    OtherProcess first(firstCopy());
+    ASSERT_EQ(first.hear(), 'f');
+    first.kill();
+    EXPECT_EQ(first.exitCode(), -SIGKILL);
+    SingleInstance instance;
+    EXPECT_EQ(instance.claim(path, 0ms), Outcome::First);
+}
+
+TEST_F(SingleInstanceTest, AStartWhileTheFirstIsEndingWaitsAndBecomesTheFirst)
+{
+    OtherProcess first(firstCopy());
+    ASSERT_EQ(first.hear(), 'f');
+    first.tell();
+    ASSERT_EQ(first.hear(), 'e');
+    OtherProcess second([&](int toUs, int) {
+        SingleInstance instance;
+        say(toUs, 'w');
+        return instance.claim(path, 10s) == Outcome::First ? 0 : 1;
+    });
+    ASSERT_EQ(second.hear(), 'w');
+    EXPECT_TRUE(second.isAlive());
+    first.tell();
+    EXPECT_EQ(first.hear(), '\0') << "an ending copy is not raised";
+    EXPECT_EQ(second.exitCode(), 0);
+}
+
+TEST_F(SingleInstanceTest, AnEndThatTakesTooLongIsNotWaitedForForEver)
+{
+    OtherProcess first(firstCopy());
+    ASSERT_EQ(first.hear(), 'f');
+    first.tell();
+    ASSERT_EQ(first.hear(), 'e');
+    SingleInstance instance;
+    EXPECT_EQ(instance.claim(path, 60ms), Outcome::Failed);
+}
+
+TEST_F(SingleInstanceTest, TheEndOfOneRunIsForgottenByTheNext)
+{
+    {
+        OtherProcess first(firstCopy());
+        ASSERT_EQ(first.hear(), 'f');
+        first.tell();
+        ASSERT_EQ(first.hear(), 'e');
+        first.tell();
+        ASSERT_EQ(first.exitCode(), 0);
+    }
+    OtherProcess second(firstCopy());
+    ASSERT_EQ(second.hear(), 'f');
+    SingleInstance third;
+    EXPECT_EQ(third.claim(path, 5s), Outcome::RaisedOther);
+    EXPECT_EQ(second.hear(), 'r');
+}
+
+TEST_F(SingleInstanceTest, ManyStartsAtOnceHaveExactlyOneFirst)
+{
+    constexpr int starts = 8;
+    std::vector<std::unique_ptr<OtherProcess>> copies;
+    for (int i = 0; i < starts; ++i) {
+        copies.push_back(std::make_unique<OtherProcess>([this](int toUs, int fromUs) {
+            std::signal(SIGUSR1, [](int) {});
+            waitToBeTold(fromUs);
+            SingleInstance instance;
+            const auto outcome = instance.claim(path, 5s);
+            say(toUs,
+                outcome == Outcome::First             ? 'f'
+                    : outcome == Outcome::RaisedOther ? 'r'
+                                                      : '?');
+            waitToBeTold(fromUs);
+            return 0;
+        }));
+    }
+    for (const auto& copy : copies)
+        copy->tell();
+    std::string outcomes;
+    for (const auto& copy : copies)
+        outcomes += copy->hear();
+    EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), 'f'), 1) << outcomes;
+    EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), 'r'), starts - 1) << outcomes;
+}
+
+TEST_F(SingleInstanceTest, ALinkInThePlaceOfTheFileIsNotFollowed)
+{
+    std::filesystem::create_directories(path.parent_path());
+    std::filesystem::create_symlink(folder / "elsewhere", path);
+    SingleInstance instance;
+    EXPECT_EQ(instance.claim(path, 0ms), Outcome::Failed);
+    EXPECT_FALSE(std::filesystem::exists(folder / "elsewhere"));
+}
+
+TEST_F(SingleInstanceTest, AFolderThatCannotBeMadeIsAFailure)
+{
+    std::ofstream(folder / "settings") << "a file";
+    SingleInstance instance;
+    EXPECT_EQ(instance.claim(path, 0ms), Outcome::Failed);
+}
+
+} // namespace
+} // namespace zarn::linux_backend

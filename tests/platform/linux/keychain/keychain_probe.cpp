@@ -1,0 +1,212 @@
+// SPDX-License-Identifier: MIT
+// A program for tests/platform/linux/*.py: uses the keychain as the window does, from the main
+// thread, and prints for each call its status, how long it took and how long painting stood still.
+#include "platform/linux/keychain/lazy_keychain.h"
+#include "tests/support/machine_wait.h"
+#include "tests/support/test_main_queue.h"
+
+#include <sched.h>
+
+#include <algorithm>
+#include <atomic>
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <sstream>
+#include <stop_token>
+#include <string>
+#include <thread>
+#include <vector>
+
+namespace zarn::linux_backend {
+namespace {
+
+using Clock = std::chrono::steady_clock;
+
+double millisecondsSince(Clock::time_point begin)
+{
+    return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
+}
+
+/// Ticks on the main thread's processor and adds up by how much the ticks come late. A processor
+/// that the machine takes away as a whole, as virtual ones are, shows in no statistics of the
+/// thread's own.
+class ProcessorWatch {
+public:
+    ProcessorWatch()
+    {
+        // Threads started later inherit this; they would only add to what is measured.
+        cpu_set_t here;
+        CPU_ZERO(&here);
+        CPU_SET(sched_getcpu(), &here);
+        if (sched_setaffinity(0, sizeof here, &here) != 0)
+            std::perror("keychain_probe: sched_setaffinity");
+        m_thread = std::jthread([this](const std::stop_token& stop) { tick(stop); });
+    }
+
+    /// By how much ticks were late until now in all, in milliseconds.
+    double withheld() const
+    {
+        const auto asked = Clock::now();
+        while (m_ticked.load() < asked)
+            std::this_thread::sleep_for(std::chrono::microseconds(200));
+        return m_withheld.load();
+    }
+
+private:
+    void tick(const std::stop_token& stop)
+    {
+        constexpr double period = 1;
+        // A tick that has to wait for a busy main thread is late by less: it wakes up first.
+        constexpr double ordinary = 5;
+        while (!stop.stop_requested()) {
+            const auto begin = Clock::now();
+            std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(period));
+            const double late = millisecondsSince(begin) - period;
+            if (late > ordinary)
+                m_withheld.store(m_withheld.load() + late);
+            m_ticked.store(Clock::now());
+        }
+    }
+
+    std::atomic<double> m_withheld = 0;
+    std::atomic<Clock::time_point> m_ticked = Clock::time_point::min();
+    std::jthread m_thread;
+};
+
+/// Records the longest time between two moments at which the main thread could have painted, less
+/// what it waited for the machine: a busy machine is no fault of the keychain's.
+class WatchedMainQueue final : public MainQueue {
+public:
+    void post(std::function<void()> work) override { m_queue.post(std::move(work)); }
+    bool isMainThread() const override { return m_queue.isMainThread(); }
+    bool waitWhilePainting(
+        const std::function<bool()>& done, std::chrono::milliseconds limit) override
+    {
+        return m_queue.waitWhilePainting(
+            [&] {
+                paintedNow();
+                return done();
+            },
+            limit);
+    }
+    void wake() override { m_queue.wake(); }
+
+    void begin()
+    {
+        m_stall = 0;
+        m_waited = waitedForTheMachine();
+        m_withheld = m_processor.withheld();
+        m_last = Clock::now();
+    }
+    void paintedNow()
+    {
+        const double gap = millisecondsSince(m_last);
+        const double waited = waitedForTheMachine() - m_waited;
+        const double withheld = m_processor.withheld() - m_withheld;
+        m_stall = std::max(m_stall, gap - std::max(waited, withheld));
+        m_waited += waited;
+        m_withheld += withheld;
+        m_last = Clock::now();
+    }
+    double stall() const { return m_stall; }
+
+private:
+    TestMainQueue m_queue;
+    ProcessorWatch m_processor;
+    Clock::time_point m_last;
+    double m_stall = 0;
+    double m_waited = 0;
+    double m_withheld = 0;
+};
+
+std::vector<std::string> split(const std::string& text)
+{
+    std::vector<std::string> parts;
+    std::istringstream stream(text);
+    for (std::string part; std::getline(stream, part, ',');)
+        parts.push_back(part);
+    return parts;
+}
+
+constexpr auto group = "Q7X2M9K4TA.org.zarnie.zpshortcuts";
+
+/// How long this thread ran, in milliseconds.
+double processorTime()
+{
+    timespec time{};
+    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
+}
+
+/// What no keychain may do to the main thread, so that the measurement itself can be tested.
+void standStill(const std::string& how, double milliseconds)
+{
+    const double begin = processorTime();
+    if (how == "sleep")
+        std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(milliseconds));
+    else
+        while (processorTime() - begin < milliseconds) { }
+}
+
+KeychainMatch perform(Keychain& keychain, const std::vector<std::string>& words)
+{
+    const auto& operation = words.at(0);
+    KeychainQuery query{group, words.at(1), std::nullopt, true};
+    if (words.size() > 2 && !words[2].empty())
+        query.account = words[2];
+    if (operation == "copy")
+        return keychain.copyMatching(query);
+    const Data secret(words.at(3).begin(), words.at(3).end());
+    if (operation == "add")
+        return {keychain.add({group, words[1], words[2], secret}), std::nullopt};
+    return {keychain.update(query, secret), std::nullopt};
+}
+
+int run(const std::vector<std::string>& arguments)
+{
+    const auto choice = keychainChoice(arguments.at(0)).value_or(KeychainChoice::Automatic);
+    WatchedMainQueue mainQueue;
+    LazyKeychain keychain(mainQueue, moduleStore(keychainOptions(choice)));
+    for (auto it = arguments.begin() + 1; it != arguments.end(); ++it) {
+        const auto words = split(*it);
+        if (words.at(0) == "pause") {
+            // Until the test says that the next state has been reached.
+            std::printf("paused\n");
+            std::fflush(stdout);
+            if (std::getchar() == EOF)
+                return 1;
+            continue;
+        }
+        mainQueue.begin();
+        const auto begin = Clock::now();
+        KeychainMatch match{keychain_status::success, std::nullopt};
+        if (words.at(0) == "sleep" || words.at(0) == "spin")
+            standStill(words.at(0), std::stod(words.at(1)));
+        else
+            match = perform(keychain, words);
+        const double took = millisecondsSince(begin);
+        mainQueue.paintedNow();
+        std::string found = "-";
+        if (match.item)
+            found = match.item->account + "="
+                + std::string(match.item->secret.begin(), match.item->secret.end());
+        std::printf("%s %d %.1f %.1f %s\n", words[0].c_str(), match.status, took, mainQueue.stall(),
+            found.c_str());
+        std::fflush(stdout);
+    }
+    return 0;
+}
+
+} // namespace
+} // namespace zarn::linux_backend
+
+int main(int argc, char** argv)
+{
+    if (argc < 3) {
+        std::fputs(
+            "usage: keychain_probe CHOICE OPERATION,SERVICE,ACCOUNT[,SECRET]|pause ...\n", stderr);
+        return 2;
+    }
+    return zarn::linux_backend::run({argv + 1, argv + argc});
+}
