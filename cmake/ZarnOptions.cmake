@@ -37,11 +37,18 @@ if(ZARN_FUZZ)
 endif()
 
 # zarn_add_library(NAME [HEADERS ...] [SOURCES ...] [PUBLIC ...] [PRIVATE ...])
-# A static library whose headers are compiled on their own by the target
+# A static library, or one of headers alone. Each header is compiled on its own by the target
 # all_verify_interface_header_sets.
 function(zarn_add_library name)
     cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
-    add_library(${name} STATIC ${arg_SOURCES})
-    target_sources(${name} PUBLIC FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
-    target_link_libraries(${name} PUBLIC zarn_options ${arg_PUBLIC} PRIVATE ${arg_PRIVATE})
+    set(visible PUBLIC)
+    if(arg_SOURCES)
+        add_library(${name} STATIC ${arg_SOURCES})
+        target_link_libraries(${name} PRIVATE ${arg_PRIVATE})
+    else()
+        add_library(${name} INTERFACE)
+        set(visible INTERFACE)
+    endif()
+    target_sources(${name} ${visible} FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+    target_link_libraries(${name} ${visible} zarn_options ${arg_PUBLIC})
 endfunction()

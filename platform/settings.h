@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/conversions.h"
 #include "base/value.h"
 
 #include <cstdint>
@@ -23,13 +24,18 @@ public:
     virtual void set(std::string_view key, const Value& value) = 0;
     virtual void remove(std::string_view key) = 0;
 
-    /// 0 when absent. Booleans and doubles convert; a text gives the integer that it begins with.
-    std::int64_t integer(std::string_view key) const;
-    /// false when absent. Numbers are true unless 0; a text is true when it begins with Y, y, T, t
-    /// or a digit from 1 to 9 (after blanks, one sign and zeros).
-    bool boolean(std::string_view key) const;
-    /// Nothing when absent or neither text nor number; a number gives its decimal text.
-    std::optional<std::string> string(std::string_view key) const;
+    /// 0 when absent; converts as integerFrom() does.
+    std::int64_t integer(std::string_view key) const
+    {
+        return integerFrom(object(key).value_or(Value()));
+    }
+    /// false when absent; converts as booleanFrom() does.
+    bool boolean(std::string_view key) const { return booleanFrom(object(key).value_or(Value())); }
+    /// Nothing when absent; converts as stringFrom() does.
+    std::optional<std::string> string(std::string_view key) const
+    {
+        return stringFrom(object(key).value_or(Value()));
+    }
 };
 
 /// Opens settings domains. Main thread only.

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/fatal.h"
 #include "platform/controls.h"
 #include "platform/window.h"
 
@@ -61,7 +62,12 @@ public:
 
 protected:
     /// Stops the process when no view was set.
-    View& view() const;
+    View& view() const
+    {
+        if (!m_view)
+            fatalError("view controller without a view");
+        return *m_view;
+    }
 
 private:
     View* m_view = nullptr;

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/settings.h"
+#include "base/conversions.h"
 
 #include <gtest/gtest.h>
 
@@ -8,21 +8,7 @@
 namespace zarn {
 namespace {
 
-class OneValueDomain final : public SettingsDomain {
-public:
-    explicit OneValueDomain(std::optional<Value> value)
-        : m_value(std::move(value))
-    {
-    }
-    std::optional<Value> object(std::string_view) const override { return m_value; }
-    void set(std::string_view, const Value& value) override { m_value = value; }
-    void remove(std::string_view) override { m_value.reset(); }
-
-private:
-    std::optional<Value> m_value;
-};
-
-TEST(SettingsConversion, IntegerOfEveryType)
+TEST(Conversions, IntegerOfEveryType)
 {
     constexpr auto most = std::numeric_limits<std::int64_t>::max();
     constexpr auto least = std::numeric_limits<std::int64_t>::min();
@@ -34,10 +20,10 @@ TEST(SettingsConversion, IntegerOfEveryType)
         {"99999999999999999999", most}, {"-99999999999999999999", least},
         {"-9223372036854775808", least}, {Value::Array{1}, 0}, {Value(), 0}};
     for (const auto& row : rows)
-        EXPECT_EQ(OneValueDomain(row.value).integer("k"), row.integer) << describe(row.value);
+        EXPECT_EQ(integerFrom(row.value), row.integer) << describe(row.value);
 }
 
-TEST(SettingsConversion, BooleanOfEveryType)
+TEST(Conversions, BooleanOfEveryType)
 {
     const struct {
         Value value;
@@ -46,10 +32,10 @@ TEST(SettingsConversion, BooleanOfEveryType)
         {0.0, false}, {"YES", true}, {"yes", true}, {"true", true}, {"1", true}, {"0", false},
         {" +007", true}, {"no", false}, {"", false}, {Value::Array{true}, false}};
     for (const auto& row : rows)
-        EXPECT_EQ(OneValueDomain(row.value).boolean("k"), row.boolean) << describe(row.value);
+        EXPECT_EQ(booleanFrom(row.value), row.boolean) << describe(row.value);
 }
 
-TEST(SettingsConversion, StringOfEveryType)
+TEST(Conversions, StringOfEveryType)
 {
     const struct {
         Value value;
@@ -57,15 +43,7 @@ TEST(SettingsConversion, StringOfEveryType)
     } rows[] = {{"a", "a"}, {5, "5"}, {true, "1"}, {1.5, "1.5"}, {Value::Array{"a"}, std::nullopt},
         {Date{1}, std::nullopt}};
     for (const auto& row : rows)
-        EXPECT_EQ(OneValueDomain(row.value).string("k"), row.string) << describe(row.value);
-}
-
-TEST(SettingsConversion, AnAbsentValueReadsAsTheDefault)
-{
-    const OneValueDomain domain(std::nullopt);
-    EXPECT_EQ(domain.integer("k"), 0);
-    EXPECT_FALSE(domain.boolean("k"));
-    EXPECT_EQ(domain.string("k"), std::nullopt);
+        EXPECT_EQ(stringFrom(row.value), row.string) << describe(row.value);
 }
 
 } // namespace

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/settings.h"
+#include "base/conversions.h"
 
 #include <charconv>
 #include <cmath>
@@ -71,50 +71,41 @@ std::string decimalText(double value)
 
 } // namespace
 
-std::int64_t SettingsDomain::integer(std::string_view key) const
+std::int64_t integerFrom(const Value& value)
 {
-    const auto value = object(key);
-    if (!value)
-        return 0;
-    if (const auto* integer = value->integer())
+    if (const auto* integer = value.integer())
         return *integer;
-    if (const auto* boolean = value->boolean())
+    if (const auto* boolean = value.boolean())
         return *boolean ? 1 : 0;
-    if (const auto* real = value->real())
+    if (const auto* real = value.real())
         return truncated(*real);
-    if (const auto* text = value->string())
+    if (const auto* text = value.string())
         return leadingInteger(*text);
     return 0;
 }
 
-bool SettingsDomain::boolean(std::string_view key) const
+bool booleanFrom(const Value& value)
 {
-    const auto value = object(key);
-    if (!value)
-        return false;
-    if (const auto* boolean = value->boolean())
+    if (const auto* boolean = value.boolean())
         return *boolean;
-    if (const auto* integer = value->integer())
+    if (const auto* integer = value.integer())
         return *integer != 0;
-    if (const auto* real = value->real())
+    if (const auto* real = value.real())
         return *real != 0;
-    if (const auto* text = value->string())
+    if (const auto* text = value.string())
         return leadingTruth(*text);
     return false;
 }
 
-std::optional<std::string> SettingsDomain::string(std::string_view key) const
+std::optional<std::string> stringFrom(const Value& value)
 {
-    const auto value = object(key);
-    if (!value)
-        return std::nullopt;
-    if (const auto* text = value->string())
+    if (const auto* text = value.string())
         return *text;
-    if (const auto* integer = value->integer())
+    if (const auto* integer = value.integer())
         return std::to_string(*integer);
-    if (const auto* boolean = value->boolean())
+    if (const auto* boolean = value.boolean())
         return *boolean ? "1" : "0";
-    if (const auto* real = value->real())
+    if (const auto* real = value.real())
         return decimalText(*real);
     return std::nullopt;
 }
