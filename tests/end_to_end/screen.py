@@ -12,6 +12,7 @@ from gi.repository import Atspi, GLib  # noqa: E402
 
 # Sanitizer builds are slower; everything that waits is multiplied.
 SLOWNESS = float(os.environ.get("ZARN_TEST_SLOWNESS", "1"))
+ON_WAYLAND = "WAYLAND_DISPLAY" in os.environ
 
 
 class NotFound(AssertionError):
@@ -35,11 +36,17 @@ def wait_for(condition, what, seconds=10.0):
 
 def keys(*names):
     """Presses keys as a keyboard would, such as "Tab" or "alt+v"."""
-    subprocess.run(["xdotool", "key", "--delay", "15", *names], check=True)
+    if not ON_WAYLAND:
+        subprocess.run(["xdotool", "key", "--delay", "15", *names], check=True)
+        return
+    for *modifiers, key in (name.split("+") for name in names):
+        held = [option for modifier in modifiers for option in ("-M", modifier)]
+        subprocess.run(["wtype", *held, "-k", key], check=True)
 
 
 def type_text(text):
-    subprocess.run(["xdotool", "type", "--delay", "8", text], check=True)
+    command = ["wtype"] if ON_WAYLAND else ["xdotool", "type", "--delay", "8"]
+    subprocess.run([*command, text], check=True)
 
 
 def hold(key):
