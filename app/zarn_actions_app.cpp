@@ -50,6 +50,7 @@ ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& tex
     , m_appearance(services.settings.standard(), texts)
     , m_alert({services.alertRunner, services.application, services.workspace,
           texts.updateCheckPageUrl})
+    , m_status(services.console)
     , m_versionCheck(
           {services.urlSessions, services.bundle, services.textServices, texts.updateCheckPageUrl})
     , m_delegate({services.application, services.bundle, services.fileManager, m_logFile, m_alert,
@@ -80,7 +81,7 @@ std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_v
         return std::make_unique<LoginVC>(LoginVC::Deps{m_connection, m_domains, m_services.clock,
             m_services.textServices, m_logFile, m_log, m_alert, m_services.application,
             m_services.console, m_services.notificationCenter, [this] { return makeCredentials(); },
-            [this] { return makeTokenDelegate(); }});
+            [this] { return makeTokenDelegate(); }, m_status});
     if (customClass == "AboutVC")
         return std::make_unique<AboutVC>(
             AboutVC::Deps{m_appearance, m_bundleTexts, m_services.notificationCenter});

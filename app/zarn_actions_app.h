@@ -10,6 +10,7 @@
 #include "platform/product_texts.h"
 #include "platform/services.h"
 #include "profiles/profile_store.h"
+#include "profiles/status_line.h"
 #include "update/version_check.h"
 
 #include <memory>
@@ -57,6 +58,7 @@ private:
     WriteToLog m_log;
     Appearance m_appearance;
     MyAlert m_alert;
+    StatusLine m_status;
     VersionCheck m_versionCheck;
     AppDelegate m_delegate;
     // Last, so that it ends first: its work uses what stands above.

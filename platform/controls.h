@@ -4,6 +4,7 @@
 #include "platform/attributed_text.h"
 
 #include <cstddef>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -49,6 +50,8 @@ public:
     virtual void setEditable(bool editable) = 0;
     virtual bool isEditable() const = 0;
     virtual void setDelegate(TextFieldDelegate* delegate) = 0;
+    /// Called whenever the user, not code, has changed the text.
+    virtual void setOnChange(std::function<void()> onChange) = 0;
     /// Gives the field the keyboard focus, at once or as soon as its window has it.
     virtual void makeFirstResponder() = 0;
 };

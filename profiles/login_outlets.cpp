@@ -7,7 +7,8 @@ namespace zarn {
 
 void LoginOutlets::connect(OutletSource& source)
 {
-    for (auto* label : {&displayName_Label, &serverURL_Label, &username_label, &password_label})
+    for (auto* label :
+        {&displayName_Label, &serverURL_Label, &username_label, &password_label, &status_Label})
         label->connect(source.label(label->name()));
     for (auto* field : {&displayName_TextField, &zarnProServer_textfield,
              &zarnProUsername_textfield, &zarnProPassword_textfield})

@@ -26,6 +26,7 @@ struct LoginOutlets {
     Outlet<TextField> zarnProPassword_textfield{"zarnProPassword_textfield"};
     Outlet<Label> username_label{"username_label"};
     Outlet<Label> password_label{"password_label"};
+    Outlet<Label> status_Label{"status_Label"};
     Outlet<Button> updateServerInfo_Button{"updateServerInfo_Button"};
     Outlet<Button> quit_Button{"quit_Button"};
     Outlet<Button> saveCreds_button{"saveCreds_button"};

@@ -11,6 +11,7 @@
 #include "platform/notification_center.h"
 #include "platform/settings.h"
 #include "profiles/server_url.h"
+#include "profiles/status_line.h"
 
 #include <algorithm>
 #include <limits>
@@ -39,8 +40,14 @@ LoginVC::LoginVC(const Deps& deps)
 {
 }
 
+LoginVC::~LoginVC()
+{
+    m_deps.status.setLabel(nullptr);
+}
+
 void LoginVC::viewDidLoad()
 {
+    m_deps.status.setLabel(&m_outlets.status_Label.get());
     if (!m_deps.logFile.files().fileExists(m_deps.logFile.currentPath()))
         m_deps.logFile.startNewLogFile();
     auto& actionsDefaults = m_deps.domains.actionsDefaults();
@@ -48,6 +55,9 @@ void LoginVC::viewDidLoad()
     for (auto* field : {&m_outlets.zarnProServer_textfield, &m_outlets.zarnProUsername_textfield,
              &m_outlets.zarnProPassword_textfield})
         field->get().setDelegate(this);
+    for (auto* field : {&m_outlets.displayName_TextField, &m_outlets.zarnProServer_textfield,
+             &m_outlets.zarnProUsername_textfield, &m_outlets.zarnProPassword_textfield})
+        field->get().setOnChange([&status = m_deps.status] { status.userActed(); });
     m_model.lastServer = actionsDefaults.string("currentServer").value_or("");
     restoreCredentialMode();
     restoreProfiles();
@@ -152,6 +162,7 @@ void LoginVC::viewWillDisappear()
 
 bool LoginVC::performAction(std::string_view action, Button* button)
 {
+    m_deps.status.userActed();
     if (action == "updateServerInfo_Action")
         updateServerInfo_Action(button);
     else if (action == "selectServer_Action")

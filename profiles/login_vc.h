@@ -20,6 +20,7 @@ class Clock;
 class Console;
 class DistributedNotificationCenter;
 class LogFile;
+class StatusLine;
 class TextServices;
 class WriteToLog;
 struct ConnectionState;
@@ -41,8 +42,12 @@ public:
         DistributedNotificationCenter& notificationCenter;
         CredentialsFactory credentials;
         std::function<std::shared_ptr<TokenDelegate>()> makeTokenDelegate;
+        StatusLine& status;
     };
     explicit LoginVC(const Deps& deps);
+    ~LoginVC() override;
+    LoginVC(const LoginVC&) = delete;
+    LoginVC& operator=(const LoginVC&) = delete;
 
     void connectOutlets(OutletSource& source) override { m_outlets.connect(source); }
     void viewDidLoad() override;

@@ -3,6 +3,7 @@
 
 #include "platform/controls.h"
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
@@ -98,6 +99,7 @@ public:
         record(delegate ? "delegate" : "no delegate");
         m_delegate = delegate;
     }
+    void setOnChange(std::function<void()> onChange) override { m_onChange = std::move(onChange); }
     void makeFirstResponder() override
     {
         record("first responder");
@@ -115,7 +117,13 @@ public:
             m_delegate->controlTextDidEndEditing(this);
     }
     /// The user types a text in place of what stood there.
-    void type(std::string_view text) { m_text = text; }
+    void type(std::string_view text)
+    {
+        const bool changes = m_text != text;
+        m_text = text;
+        if (m_onChange && changes)
+            m_onChange();
+    }
     TextFieldDelegate* delegate() const { return m_delegate; }
     /// What stands on the screen.
     std::string shownText() const { return isSecure ? std::string(m_text.size(), '*') : m_text; }
@@ -127,6 +135,7 @@ private:
     std::string m_text;
     bool m_editable = true;
     TextFieldDelegate* m_delegate = nullptr;
+    std::function<void()> m_onChange;
     MemoryFocus* m_focus = nullptr;
 };
 

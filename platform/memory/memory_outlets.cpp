@@ -14,6 +14,7 @@ void layOutLogin(MemoryOutlets& outlets)
     outlets.labelNamed("serverURL_Label").setStringValue("Server URL:");
     outlets.labelNamed("username_label").setStringValue("Client ID:");
     outlets.labelNamed("password_label").setStringValue("Client Secret:");
+    outlets.labelNamed("status_Label");
     outlets.fieldNamed("displayName_TextField").setHidden(true);
     outlets.fieldNamed("zarnProServer_textfield").setEditable(false);
     outlets.fieldNamed("zarnProServer_textfield").interfaceIdentifier = "server";

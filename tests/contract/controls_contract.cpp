@@ -41,6 +41,18 @@ TEST_P(ControlsContract, ALabelShowsItsTextAsItIs)
     }
 }
 
+TEST_P(ControlsContract, TheStatusLineShowsItsTextAsItIs)
+{
+    auto& status = *outlets().label("status_Label");
+    EXPECT_EQ(status.stringValue(), "");
+    for (const auto* text :
+        {"a & b: &amp;", "<b>bold</b>", "Sch\xc3\xb6n", "", "Asking zarn.example for a token"}) {
+        status.setStringValue(text);
+        EXPECT_EQ(status.stringValue(), text);
+        EXPECT_EQ(fixture->shownText("status_Label"), text);
+    }
+}
+
 // --- Buttons
 
 TEST_P(ControlsContract, AClickOnAPushButtonIsItsAction)

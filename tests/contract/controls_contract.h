@@ -18,7 +18,6 @@ class TextFieldContract : public ScreenContract, protected TextFieldDelegate {
 protected:
     void SetUp() override;
     void controlTextDidEndEditing(TextField* ended) override;
-
     TextField& username() { return field("zarnProUsername_textfield"); }
     TextField& password() { return field("zarnProPassword_textfield"); }
 };

@@ -42,6 +42,20 @@ TEST_P(TextFieldContract, ATextFromCodeIsShownAsItIsAndEndsNoEditing)
     EXPECT_EQ(events(), Texts{});
 }
 
+TEST_P(TextFieldContract, OnlyTheUsersOwnChangesOfATextAreReported)
+{
+    Texts changes;
+    username().setOnChange([&] { changes.push_back(username().stringValue()); });
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    username().setStringValue("jan");
+    EXPECT_EQ(changes, Texts{});
+    fixture->type("e");
+    EXPECT_EQ(changes, Texts{"jane"});
+    username().setOnChange({});
+    fixture->type("t");
+    EXPECT_EQ(changes, Texts{"jane"});
+}
+
 TEST_P(TextFieldContract, ASecureFieldHasItsTextAndDoesNotShowIt)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProPassword_textfield"));

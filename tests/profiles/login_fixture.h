@@ -10,6 +10,7 @@
 #include "profiles/credentials.h"
 #include "profiles/login_vc.h"
 #include "profiles/profile_store.h"
+#include "profiles/status_line.h"
 
 #include <gtest/gtest.h>
 
@@ -70,7 +71,7 @@ protected:
         auto made = std::make_unique<LoginVC>(LoginVC::Deps{connection, domains, platform.clock,
             platform.textServices, logFile, flowLog, alerts, platform.application, platform.console,
             platform.notificationCenter, [this] { return makeCredentials(); },
-            [this] { return makeTokenDelegate(); }});
+            [this] { return makeTokenDelegate(); }, statusLine});
         login = made.get();
         window.controller = std::move(made);
         login->setView(&window.view);
@@ -198,6 +199,7 @@ protected:
     LogFile logFile{{platform.fileManager, platform.clock, platform.dateFormatter}};
     WriteToLog log{logFile};
     ScriptedAlerts alerts{platform.events};
+    StatusLine statusLine{platform.console};
     memory::MemorySerialQueue queue{"com.zarn.zarn-shortcuts"};
     memory::MemoryWindowController window{"Zarn Actions", platform.events};
     LoginVC* login = nullptr;

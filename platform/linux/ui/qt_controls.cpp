@@ -36,16 +36,32 @@ std::string QtLabel::stringValue() const
     return widget().buddy() ? fromQtTitle(widget().text()) : widget().text().toStdString();
 }
 
+void QtStatusLabel::setStringValue(std::string_view text)
+{
+    widget().setText(toQt(text));
+}
+std::string QtStatusLabel::stringValue() const
+{
+    return widget().text().toStdString();
+}
+
 QtTextField::QtTextField(QLineEdit* field)
     : QtControlOf(field)
 {
     field->installEventFilter(this);
     connect(field, &QLineEdit::returnPressed, this, &QtTextField::endEditing);
+    // The toolkit's signal for typed texts leaves out what assistive technology puts in.
+    connect(field, &QLineEdit::textChanged, this, [this] {
+        if (m_onChange && !m_settingFromCode)
+            m_onChange();
+    });
 }
 
 void QtTextField::setStringValue(std::string_view text)
 {
+    m_settingFromCode = true;
     widget().setText(toQt(text));
+    m_settingFromCode = false;
 }
 std::string QtTextField::stringValue() const
 {

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/controls.h"
+#include "platform/linux/ui/qt_status_label.h"
 #include "platform/linux/ui/qt_widgets.h"
 
 #include <QAbstractButton>
@@ -49,6 +50,13 @@ public:
     std::string stringValue() const override;
 };
 
+class QtStatusLabel final : public QtControlOf<Label, StatusLabel> {
+public:
+    using QtControlOf::QtControlOf;
+    void setStringValue(std::string_view text) override;
+    std::string stringValue() const override;
+};
+
 class QtTextField final : public QObject, public QtControlOf<TextField, QLineEdit> {
     Q_OBJECT
 
@@ -59,6 +67,7 @@ public:
     void setEditable(bool editable) override;
     bool isEditable() const override;
     void setDelegate(TextFieldDelegate* delegate) override { m_delegate = delegate; }
+    void setOnChange(std::function<void()> onChange) override { m_onChange = std::move(onChange); }
     void makeFirstResponder() override;
 
 protected:
@@ -67,7 +76,9 @@ protected:
 private:
     void endEditing();
     TextFieldDelegate* m_delegate = nullptr;
+    std::function<void()> m_onChange;
     bool m_takesFocusWhenShown = false;
+    bool m_settingFromCode = false;
 };
 
 class QtButton final : public QtControlOf<Button, QAbstractButton> {

@@ -47,6 +47,8 @@ T* QtOutlets::find(Made<T>& made, std::string_view name, Arguments&&... argument
 
 Label* QtOutlets::label(std::string_view name)
 {
+    if (auto* status = find<QtStatusLabel, StatusLabel>(m_statusLabels, name))
+        return status;
     return isForImage(name) ? nullptr : find<QtLabel, QLabel>(m_labels, name);
 }
 

@@ -60,6 +60,7 @@ private:
     Hooks m_hooks;
     template <typename T> using Made = std::map<std::string, std::unique_ptr<T>, std::less<>>;
     Made<QtLabel> m_labels;
+    Made<QtStatusLabel> m_statusLabels;
     Made<QtTextField> m_textFields;
     Made<QtButton> m_buttons;
     Made<QtProgressIndicator> m_progressIndicators;
