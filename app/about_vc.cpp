@@ -7,10 +7,6 @@
 
 namespace zarn {
 
-namespace {
-constexpr std::string_view themeChanged = "AppleInterfaceThemeChangedNotification";
-}
-
 AboutVC::~AboutVC()
 {
     stopObserving();
@@ -26,7 +22,8 @@ void AboutVC::connectOutlets(OutletSource& source)
 
 void AboutVC::viewDidLoad()
 {
-    m_deps.notificationCenter.addObserver(this, themeChanged, [this] { interfaceModeChanged(); });
+    m_deps.notificationCenter.addObserver(
+        this, interfaceThemeChanged, [this] { interfaceModeChanged(); });
     view().setWantsLayer(true);
     interfaceModeChanged();
     if (auto* window = view().window()) {
@@ -48,7 +45,7 @@ void AboutVC::viewWillDisappear()
 
 void AboutVC::stopObserving()
 {
-    m_deps.notificationCenter.removeObserver(this, themeChanged);
+    m_deps.notificationCenter.removeObserver(this, interfaceThemeChanged);
 }
 
 void AboutVC::interfaceModeChanged()

@@ -22,7 +22,7 @@ public:
         : m_deps(deps)
     {
     }
-    /// A panel that is never shown never disappears either.
+    /// Stops observing too: a panel that was never shown gets no viewWillDisappear.
     ~AboutVC() override;
     AboutVC(const AboutVC&) = delete;
     AboutVC& operator=(const AboutVC&) = delete;

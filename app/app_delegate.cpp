@@ -59,8 +59,8 @@ void AppDelegate::showAbout()
     }
 }
 
-// Not this program's own name, and meant that way: the command opens a new panel each time unless
-// that other program shows one.
+// The owner is another program, not this one, and must stay so: "About" opens a new panel each
+// time, except while that other program shows a window of the same title.
 bool AppDelegate::isWindowOnScreen(std::string_view title) const
 {
     const auto records = m_deps.windowList.onScreen();

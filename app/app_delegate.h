@@ -16,7 +16,8 @@ class VersionCheck;
 class WindowList;
 class Workspace;
 
-/// Answers the menu commands and the platform's questions. Holds no state. Main thread only.
+/// Carries out the menu commands and replies to the application's callbacks. Holds no state. Main
+/// thread only.
 class AppDelegate final : public ApplicationDelegate {
 public:
     struct Deps {

@@ -54,8 +54,7 @@ TextColor Appearance::noticeTextColor()
 
 void Appearance::applyAppearance(bool dark, View& view, TextView* textView)
 {
-    // The same grey in both modes; the light look is the dark grey at 20 % over the window. Keep
-    // the pair.
+    // The same grey in both modes: the light look is the dark grey at 20 % opacity over the window.
     if (view.hasLayer())
         view.setLayerBackground(0.2, dark ? 1.0 : 0.2);
     m_noticeTextColor = isDarkMode() ? TextColor::White : TextColor::Black;

@@ -31,7 +31,7 @@ bool isSettingsKey(std::string_view argument)
     return argument.size() > 1 && argument[0] == '-' && argument[1] != '-';
 }
 
-/// An argument fit for one line of a message.
+/// The argument, bounded and without control characters, for one line of a message.
 std::string quoted(std::string_view argument)
 {
     std::string result = "'";

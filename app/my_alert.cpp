@@ -22,7 +22,7 @@ std::string MyAlert::display(
 
 void MyAlert::showUpdateResult(bool updateAvailable, std::string_view currentVersion)
 {
-    // The grammar slip in the message is part of the product.
+    // "A new versions": the message is fixed, slip included.
     Alert alert{"Running Zarn Actions: " + std::string(currentVersion),
         updateAvailable ? "A new versions is available." : "No updates are currently available.",
         AlertStyle::Informational, {}};

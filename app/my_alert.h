@@ -28,7 +28,7 @@ public:
 
     std::string display(std::string_view header, std::string_view message,
         std::string_view secondButtonTitle) override;
-    /// Tells the result of an update check; "View" opens the page in the browser.
+    /// Shows the result of an update check; "View" opens the page in the browser.
     void showUpdateResult(bool updateAvailable, std::string_view currentVersion);
 
 private:

@@ -3,6 +3,7 @@
 
 #include "app/appearance.h"
 #include "platform/application.h"
+#include "platform/notification_center.h"
 #include "platform/settings.h"
 
 namespace zarn {
@@ -62,6 +63,18 @@ void ToUVC::interfaceModeChanged()
 {
     m_deps.appearance.applyAppearance(
         m_deps.appearance.isDarkMode(), view(), &termsOfUse_TextView.get());
+}
+
+FollowingToUVC::FollowingToUVC(const Deps& deps, DistributedNotificationCenter& center)
+    : ToUVC(deps)
+    , m_center(center)
+{
+    m_center.addObserver(this, interfaceThemeChanged, [this] { interfaceModeChanged(); });
+}
+
+FollowingToUVC::~FollowingToUVC()
+{
+    m_center.removeObserver(this, interfaceThemeChanged);
 }
 
 } // namespace zarn

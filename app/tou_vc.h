@@ -8,6 +8,7 @@ namespace zarn {
 
 class Appearance;
 class Application;
+class DistributedNotificationCenter;
 class SettingsDomain;
 
 /// The terms-of-use gate: can be left through its two buttons only. Main thread only.
@@ -39,6 +40,19 @@ private:
     Outlet<TextView> termsOfUse_TextView{"termsOfUse_TextView"};
     Outlet<Button> exit_Button{"exit_Button"};
     Outlet<Button> accept_Button{"accept_Button"};
+};
+
+/// The terms of use in a window that follows the desktop's light or dark preference. The terms
+/// themselves do not observe it; their text must stay readable all the same. Main thread only.
+class FollowingToUVC final : public ToUVC {
+public:
+    FollowingToUVC(const Deps& deps, DistributedNotificationCenter& center);
+    ~FollowingToUVC() override;
+    FollowingToUVC(const FollowingToUVC&) = delete;
+    FollowingToUVC& operator=(const FollowingToUVC&) = delete;
+
+private:
+    DistributedNotificationCenter& m_center;
 };
 
 } // namespace zarn

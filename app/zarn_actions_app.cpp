@@ -6,7 +6,6 @@
 #include "app/tou_vc.h"
 #include "base/fatal.h"
 #include "platform/application.h"
-#include "platform/notification_center.h"
 #include "platform/serial_queue.h"
 #include "platform/settings.h"
 #include "platform/storyboard.h"
@@ -16,30 +15,6 @@
 #include <chrono>
 
 namespace zarn {
-
-namespace {
-
-constexpr std::string_view themeChanged = "AppleInterfaceThemeChangedNotification";
-
-/// The terms ask for no notification. The window around them follows the desktop, though, and their
-/// text must stay readable on it.
-class FollowingToUVC final : public ToUVC {
-public:
-    FollowingToUVC(const Deps& deps, DistributedNotificationCenter& center)
-        : ToUVC(deps)
-        , m_center(center)
-    {
-        m_center.addObserver(this, themeChanged, [this] { interfaceModeChanged(); });
-    }
-    ~FollowingToUVC() override { m_center.removeObserver(this, themeChanged); }
-    FollowingToUVC(const FollowingToUVC&) = delete;
-    FollowingToUVC& operator=(const FollowingToUVC&) = delete;
-
-private:
-    DistributedNotificationCenter& m_center;
-};
-
-} // namespace
 
 ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& texts)
     : m_services(services)

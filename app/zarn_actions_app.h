@@ -33,10 +33,10 @@ public:
     ZarnActionsApp(const ZarnActionsApp&) = delete;
     ZarnActionsApp& operator=(const ZarnActionsApp&) = delete;
 
-    /// Hands control to the platform's application loop; the exit code of the process.
+    /// Runs the application's main loop. Returns the exit code of the process.
     int run();
     /// After run(): waits for the keychain writes that were accepted, 10 s at most. False when time
-    /// ran out; a write still uses this object then, so the process must end without destroying it.
+    /// ran out: a write still uses this object then, so the process must end without destroying it.
     [[nodiscard]] bool finishKeychainWrites();
 
     /// The controller of a storyboard's custom class; nullptr for an unknown one.

@@ -111,11 +111,12 @@ foreach(folder IN LISTS linux linux_folders)
     endforeach()
 endforeach()
 
-# A file in no folder that the rule knows would escape it.
-file(GLOB folders RELATIVE "${ROOT}" LIST_DIRECTORIES true "${ROOT}/${linux}/*")
-foreach(folder IN LISTS folders)
-    if(IS_DIRECTORY "${ROOT}/${folder}" AND NOT folder IN_LIST linux_folders)
-        violation("${folder}" "" "the rule has no arrows for this folder")
+# A file in a folder that the rule does not know would escape it.
+file(GLOB files RELATIVE "${ROOT}" "${ROOT}/${linux}/*/*.h" "${ROOT}/${linux}/*/*.cpp")
+foreach(file IN LISTS files)
+    string(REGEX REPLACE "/[^/]*$" "" folder "${file}")
+    if(NOT folder IN_LIST linux_folders)
+        violation("${file}" "" "the rule has no arrows for this folder")
     endif()
 endforeach()
 

@@ -7,8 +7,10 @@
 
 namespace zarn {
 
+/// Arrives when the desktop's colour preference changes.
+inline constexpr std::string_view interfaceThemeChanged = "AppleInterfaceThemeChangedNotification";
+
 /// Notifications between programs of the desktop. Main thread only, deliveries included.
-/// "AppleInterfaceThemeChangedNotification" arrives when the colour preference changes.
 class DistributedNotificationCenter {
 public:
     virtual ~DistributedNotificationCenter() = default;
@@ -17,8 +19,8 @@ public:
     virtual void addObserver(
         const void* observer, std::string_view name, std::function<void()> handler)
         = 0;
-    /// The handler is not called any more, not even by a delivery that is under way. Removing what
-    /// was never added does nothing.
+    /// The handler is no longer called, not even by a delivery that is under way. Removing an
+    /// observer that was never added does nothing.
     virtual void removeObserver(const void* observer, std::string_view name) = 0;
 };
 

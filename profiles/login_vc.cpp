@@ -79,8 +79,8 @@ void LoginVC::restoreProfiles()
     auto& profiles = m_model.availableServersDict;
     profiles = m_store.loadProfiles();
     m_model.lastServer = m_store.validateCurrentServer(profiles);
-    // A URL where a display name is looked for below: such a profile is shown only when both are
-    // equal.
+    // This is a URL, while the walk below looks for a display name: the newest profile is shown
+    // only when its name equals its URL. Kept as it is.
     if (m_model.lastServer.empty())
         m_model.lastServer = m_store.pickMostRecentProfile(profiles);
     m_store.trimProfiles(profiles);
@@ -124,8 +124,7 @@ void LoginVC::listProfiles()
     else
         m_outlets.emptyCredentialFields();
     m_menu.rebuildServerMenu(m_model.sortedDisplayNames);
-    // No name is chosen unless the remembered profile is there; with a title that no item has, none
-    // is.
+    // Selecting a title that no item has selects nothing.
     const auto& names = m_model.sortedDisplayNames;
     const bool isListed
         = std::find(names.begin(), names.end(), m_model.lastServerDN) != names.end();
@@ -155,9 +154,9 @@ void LoginVC::viewDidAppear()
 
 void LoginVC::viewWillDisappear()
 {
-    // Nothing here registers for it. The removal stays: it costs nothing, and a registration made
-    // elsewhere for this view cannot be left behind.
-    m_deps.notificationCenter.removeObserver(this, "AppleInterfaceThemeChangedNotification");
+    // This view never registers itself. The removal is kept: it costs nothing, and no registration
+    // made elsewhere for this view can outlive it.
+    m_deps.notificationCenter.removeObserver(this, interfaceThemeChanged);
 }
 
 bool LoginVC::performAction(std::string_view action, Button* button)

@@ -24,7 +24,6 @@ constexpr const char* portalInterface = "org.freedesktop.portal.Settings";
 constexpr const char* appearance = "org.freedesktop.appearance";
 constexpr const char* colorSchemeKey = "color-scheme";
 constexpr unsigned preferDark = 1;
-constexpr std::string_view themeChanged = "AppleInterfaceThemeChangedNotification";
 
 // "Read" wraps its answer in a second variant.
 QVariant unwrapped(QVariant value)
@@ -111,7 +110,7 @@ void SettingsPortal::adopt(unsigned colorScheme)
     const auto observers = m_observers;
     for (const auto& entry : observers) {
         const auto isSame = [&](const Observer& other) { return other.id == entry.id; };
-        if (entry.name == themeChanged
+        if (entry.name == interfaceThemeChanged
             && std::any_of(m_observers.begin(), m_observers.end(), isSame))
             entry.handler();
     }
