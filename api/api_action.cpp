@@ -3,9 +3,9 @@
 #include "api/endpoint_url.h"
 #include "api/token_delegate.h"
 #include "base/fatal.h"
+#include "base/json.h"
 #include "log/write_to_log.h"
 #include "platform/console.h"
-#include "platform/json.h"
 
 #include <algorithm>
 
@@ -56,7 +56,7 @@ void TokenDelegate::action(const ApiCall& call, ApiCompletion completion)
     UrlSessionConfiguration configuration;
     UrlRequest request{*url, httpMethod(word)};
     if (!call.data.empty()) {
-        if (auto body = m_deps.json.prettyPrinted(call.data))
+        if (auto body = prettyPrintedJson(call.data))
             request.body = std::move(body.value());
         else
             m_deps.console.writeLine(body.error().message);
@@ -94,7 +94,7 @@ void TokenDelegate::handleActionReply(const ApiCall& call, const UrlRequest& req
         completion(result);
         return;
     }
-    const auto parsed = m_deps.json.parse(response.body);
+    const auto parsed = parseJson(response.body);
     if (parsed && parsed.value().dictionary())
         completion(*parsed.value().dictionary());
     else if (response.status == 204 && call.endpoint == invalidateEndpoint)

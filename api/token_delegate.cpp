@@ -5,9 +5,9 @@
 #include "api/bundle_texts.h"
 #include "api/endpoint_url.h"
 #include "api/server_version.h"
+#include "base/json.h"
 #include "log/write_to_log.h"
 #include "platform/clock.h"
-#include "platform/json.h"
 #include "platform/settings.h"
 
 namespace zarn {
@@ -126,7 +126,7 @@ void TokenDelegate::handleTokenReply(
         request.context.completion(response->status, "failedToAuthenticate");
         return;
     }
-    const auto parsed = m_deps.json.parse(response->body);
+    const auto parsed = parseJson(response->body);
     const auto* reply = parsed ? parsed.value().dictionary() : nullptr;
     if (!reply) {
         m_deps.log.writeEntry("[TokenDelegate.getToken] JSON error.\n" + describeOptional(parsed));

@@ -15,7 +15,6 @@ class AlertDisplay;
 class BundleTexts;
 class Clock;
 class Console;
-class JsonSerialization;
 class SettingsDomain;
 class WriteToLog;
 
@@ -44,7 +43,6 @@ public:
     struct Deps {
         ConnectionState& connection;
         UrlSessions& sessions;
-        const JsonSerialization& json;
         const SettingsDomain& standardDefaults;
         const BundleTexts& texts;
         const Clock& clock;

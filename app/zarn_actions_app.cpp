@@ -69,9 +69,9 @@ std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_v
 
 std::shared_ptr<TokenDelegate> ZarnActionsApp::makeTokenDelegate()
 {
-    return std::make_shared<TokenDelegate>(TokenDelegate::Deps{m_connection, m_services.urlSessions,
-        m_services.json, m_domains.standardDefaults(), m_bundleTexts, m_services.clock, m_log,
-        m_alert, m_services.console});
+    return std::make_shared<TokenDelegate>(
+        TokenDelegate::Deps{m_connection, m_services.urlSessions, m_domains.standardDefaults(),
+            m_bundleTexts, m_services.clock, m_log, m_alert, m_services.console});
 }
 
 std::shared_ptr<Credentials> ZarnActionsApp::makeCredentials()

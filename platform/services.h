@@ -11,7 +11,6 @@ class Console;
 class DateFormatter;
 class DistributedNotificationCenter;
 class FileManager;
-class JsonSerialization;
 class Keychain;
 class SerialQueues;
 class Settings;
@@ -32,7 +31,6 @@ struct Services {
     DateFormatter& dateFormatter;
     DistributedNotificationCenter& notificationCenter;
     FileManager& fileManager;
-    JsonSerialization& json;
     Keychain& keychain;
     SerialQueues& serialQueues;
     Settings& settings;

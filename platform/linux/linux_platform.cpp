@@ -15,7 +15,6 @@
 #include "platform/linux/settings/compiled_bundle.h"
 #include "platform/linux/settings/plist_settings.h"
 #include "platform/linux/text/icu_text.h"
-#include "platform/linux/text/qt_json.h"
 #include "platform/linux/ui/qt_alert.h"
 #include "platform/linux/ui/qt_appearance.h"
 #include "platform/linux/ui/qt_application.h"
@@ -102,7 +101,6 @@ struct LinuxPlatform::Adapters {
     StandardOutput console;
     IcuDateFormatter dateFormatter;
     IcuTextServices textServices;
-    QtJson json;
     ThreadSerialQueues serialQueues;
     PosixFileManager fileManager{paths.home};
 
@@ -242,9 +240,9 @@ Services LinuxPlatform::services()
     auto& all = *m_adapters;
     auto& display = *all.display;
     return {display.alertRunner, display.application, all.bundle, all.clock, all.console,
-        all.dateFormatter, display.portal, all.fileManager, all.json, display.keychain,
-        all.serialQueues, display.settings, display.application.storyboards(), all.textServices,
-        display.urlSessions, display.windowList, all.workspace};
+        all.dateFormatter, display.portal, all.fileManager, display.keychain, all.serialQueues,
+        display.settings, display.application.storyboards(), all.textServices, display.urlSessions,
+        display.windowList, all.workspace};
 }
 
 const ProductTexts& LinuxPlatform::productTexts() const

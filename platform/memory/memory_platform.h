@@ -5,7 +5,6 @@
 #include "platform/memory/memory_clock.h"
 #include "platform/memory/memory_desktop.h"
 #include "platform/memory/memory_file_manager.h"
-#include "platform/memory/memory_json.h"
 #include "platform/memory/memory_keychain.h"
 #include "platform/memory/memory_serial_queue.h"
 #include "platform/memory/memory_settings.h"
@@ -44,7 +43,6 @@ struct MemoryPlatform {
     MemoryDateFormatter dateFormatter;
     MemoryNotificationCenter notificationCenter;
     MemoryFileManager fileManager{events};
-    MemoryJson json;
     MemoryKeychain keychain{events};
     MemorySerialQueues serialQueues;
     MemorySettings settings{events};
@@ -57,8 +55,8 @@ struct MemoryPlatform {
     Services services()
     {
         return {alertRunner, application, bundle, clock, console, dateFormatter, notificationCenter,
-            fileManager, json, keychain, serialQueues, settings, storyboards, textServices,
-            urlSessions, windowList, workspace};
+            fileManager, keychain, serialQueues, settings, storyboards, textServices, urlSessions,
+            windowList, workspace};
     }
 };
 

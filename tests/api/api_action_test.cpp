@@ -63,14 +63,14 @@ TEST_F(ApiActionTest, AnObjectTravelsPrettyPrinted)
 {
     action({"https://zarn.example", "computers", "", {{"b", 1}, {"a", "x"}}, "", "post"});
     ASSERT_TRUE(sessions.requests[0].body);
-    EXPECT_EQ(*sessions.requests[0].body, "{\n  \"a\" : \"x\",\n  \"b\" : 1\n}");
+    EXPECT_EQ(*sessions.requests[0].body, "{\n    \"a\": \"x\",\n    \"b\": 1\n}\n");
 }
 
 TEST_F(ApiActionTest, AnObjectTravelsWithEveryMethod)
 {
     for (const char* word : {"get", "create", "post", "put", "delete"}) {
         action({"https://zarn.example", "computers", "", {{"a", 1}}, "", word});
-        EXPECT_EQ(sessions.requests.back().body, "{\n  \"a\" : 1\n}") << word;
+        EXPECT_EQ(sessions.requests.back().body, "{\n    \"a\": 1\n}\n") << word;
     }
 }
 

@@ -9,7 +9,6 @@
 #include "platform/memory/memory_clock.h"
 #include "platform/memory/memory_desktop.h"
 #include "platform/memory/memory_file_manager.h"
-#include "platform/memory/memory_json.h"
 #include "platform/memory/memory_settings.h"
 #include "platform/memory/memory_url_sessions.h"
 
@@ -70,7 +69,6 @@ protected:
     memory::MemoryDateFormatter dates;
     memory::MemoryBundle bundle;
     memory::MemoryConsole console;
-    memory::MemoryJson json;
     memory::MemorySettings settings{events};
     memory::MemoryUrlSessions sessions{events};
     RecordingAlerts alerts;
@@ -79,7 +77,7 @@ protected:
     LogFile logFile{{files, clock, dates}};
     WriteToLog log{logFile};
     std::shared_ptr<TokenDelegate> delegate = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, sessions, json, settings.standard(), texts, clock, log, alerts, console});
+        connection, sessions, settings.standard(), texts, clock, log, alerts, console});
     std::vector<std::string> outcomes;
 };
 

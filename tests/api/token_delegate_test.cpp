@@ -257,7 +257,7 @@ TEST_F(TokenDelegateTest, TheCacheIsEmptiedBetweenTheTwoLogLinesOfARequest)
 {
     ObservedSessions observed(sessions, [this] { return logLines().size(); });
     const auto client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, observed, json, settings.standard(), texts, clock, log, alerts, console});
+        connection, observed, settings.standard(), texts, clock, log, alerts, console});
     client->getToken("https://zarn.example", "", completion());
     EXPECT_EQ(observed.steps, (Lines{"cache at 1", "session at 2"}));
     client->getToken("not a URL", "", completion());
@@ -268,7 +268,7 @@ TEST_F(TokenDelegateTest, AnActionEmptiesTheCacheBeforeItsLogLine)
 {
     ObservedSessions observed(sessions, [this] { return logLines().size(); });
     const auto client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, observed, json, settings.standard(), texts, clock, log, alerts, console});
+        connection, observed, settings.standard(), texts, clock, log, alerts, console});
     client->action({"https://zarn.example", "icon", "", {}, "", "get"}, [](const auto&) {});
     EXPECT_EQ(observed.steps, (Lines{"cache at 0", "session at 1"}));
 }

@@ -86,9 +86,9 @@ protected:
     }
     std::shared_ptr<TokenDelegate> makeTokenDelegate()
     {
-        return std::make_shared<TokenDelegate>(TokenDelegate::Deps{connection, platform.urlSessions,
-            platform.json, domains.standardDefaults(), bundleTexts, platform.clock, log, alerts,
-            platform.console});
+        return std::make_shared<TokenDelegate>(
+            TokenDelegate::Deps{connection, platform.urlSessions, domains.standardDefaults(),
+                bundleTexts, platform.clock, log, alerts, platform.console});
     }
 
     memory::MemorySettingsDomain& shared()

@@ -8,7 +8,6 @@
 #include "platform/linux/queues/thread_serial_queue.h"
 #include "platform/linux/settings/plist_settings.h"
 #include "platform/linux/text/icu_text.h"
-#include "platform/linux/text/qt_json.h"
 #include "platform/memory/memory_platform.h"
 #include "tests/support/test_main_queue.h"
 
@@ -164,7 +163,7 @@ private:
     {
         const auto memory = m_memory.services();
         return {memory.alertRunner, memory.application, memory.bundle, m_clock, memory.console,
-            m_dates, memory.notificationCenter, m_files, m_json, m_keychain, m_queues, m_settings,
+            m_dates, memory.notificationCenter, m_files, m_keychain, m_queues, m_settings,
             memory.storyboards, m_texts, memory.urlSessions, memory.windowList, memory.workspace};
     }
 
@@ -174,7 +173,6 @@ private:
     SystemClock m_clock;
     IcuDateFormatter m_dates;
     IcuTextServices m_texts;
-    QtJson m_json;
     ThreadSerialQueues m_queues;
     TestMainQueue m_mainQueue;
     LazyKeychain m_keychain;

@@ -1,14 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "platform/memory/memory_json.h"
+#include "fuzz/independent_json.h"
 
 #include "base/utf8.h"
 
-#include <array>
 #include <charconv>
 #include <cmath>
-#include <cstdio>
 
-namespace zarn::memory {
+namespace zarn::fuzz {
 
 namespace {
 
@@ -114,9 +112,9 @@ private:
         double real = 0;
         if (std::from_chars(text.data(), end, real).ec != std::errc() || !std::isfinite(real))
             return std::nullopt;
-        // 2^63: every whole double below it fits.
+        // 2^63: every whole double below it fits, and its negative does.
         constexpr double limit = 9223372036854775808.0;
-        if (!isWhole && real == std::floor(real) && std::abs(real) < limit)
+        if (real == std::floor(real) && real >= -limit && real < limit)
             return Value(static_cast<std::int64_t>(real));
         return Value(real);
     }
@@ -244,77 +242,13 @@ private:
     std::size_t m_values = 0;
 };
 
-std::string quoted(const std::string& text)
-{
-    std::string result = "\"";
-    for (const char c : text) {
-        std::array<char, 8> buffer{};
-        if (c == '"' || c == '\\') {
-            result += '\\';
-            result += c;
-        } else if (static_cast<unsigned char>(c) < 0x20) {
-            std::snprintf(buffer.data(), buffer.size(), "\\u%04x", static_cast<unsigned>(c));
-            result += buffer.data();
-        } else {
-            result += c;
-        }
-    }
-    return result + '"';
-}
-
-bool print(const Value& value, const std::string& indent, std::string& out);
-
-template <typename Container, typename PrintMember>
-bool printMembers(const Container& members, const char* brackets, const std::string& indent,
-    std::string& out, PrintMember printMember)
-{
-    out += brackets[0];
-    const char* separator = "\n";
-    for (const auto& member : members) {
-        out += separator + indent + "  ";
-        separator = ",\n";
-        if (!printMember(member))
-            return false;
-    }
-    if (!members.empty())
-        out += "\n" + indent;
-    out += brackets[1];
-    return true;
-}
-
-bool print(const Value& value, const std::string& indent, std::string& out)
-{
-    if (const auto* object = value.dictionary())
-        return printMembers(*object, "{}", indent, out, [&](const auto& member) {
-            out += quoted(member.first) + " : ";
-            return print(member.second, indent + "  ", out);
-        });
-    if (const auto* array = value.array())
-        return printMembers(*array, "[]", indent, out,
-            [&](const Value& member) { return print(member, indent + "  ", out); });
-    if (value.data() || value.date() || (value.real() && !std::isfinite(*value.real())))
-        return false;
-    out += value.string() ? quoted(*value.string()) : describe(value);
-    return true;
-}
-
 } // namespace
 
-Result<Value> MemoryJson::parse(std::string_view utf8) const
+std::optional<Value> independentlyParsedJson(std::string_view utf8)
 {
-    if (isUtf8(utf8)) {
-        if (auto value = Parser(utf8).document())
-            return std::move(*value);
-    }
-    return Error{ErrorCode::Malformed, "The text is not JSON."};
+    if (utf8.starts_with("\xEF\xBB\xBF"))
+        utf8.remove_prefix(3);
+    return isUtf8(utf8) ? Parser(utf8).document() : std::nullopt;
 }
 
-Result<std::string> MemoryJson::prettyPrinted(const Value& value) const
-{
-    std::string text;
-    if (!print(value, "", text))
-        return Error{ErrorCode::InvalidArgument, "The value holds what JSON cannot."};
-    return text;
-}
-
-} // namespace zarn::memory
+} // namespace zarn::fuzz
