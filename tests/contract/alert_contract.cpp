@@ -27,14 +27,14 @@ int AlertContract::runAnd(const Alert& alert, const std::function<void()>& act)
     return response;
 }
 
-TEST_P(AlertContract, EachButtonHasTheResponseOfItsPlace)
+TEST_F(AlertContract, EachButtonHasTheResponseOfItsPlace)
 {
     const auto alert = alertWith({{"OK", ""}, {"View", ""}});
     EXPECT_EQ(runAnd(alert, [&] { EXPECT_TRUE(fixture->press("OK")); }), 1000);
     EXPECT_EQ(runAnd(alert, [&] { EXPECT_TRUE(fixture->press("View")); }), 1001);
 }
 
-TEST_P(AlertContract, TheCallReturnsOnlyWhenAButtonWasPressed)
+TEST_F(AlertContract, TheCallReturnsOnlyWhenAButtonWasPressed)
 {
     Texts events;
     runAnd(alertWith({{"OK", ""}}), [&] {
@@ -46,7 +46,7 @@ TEST_P(AlertContract, TheCallReturnsOnlyWhenAButtonWasPressed)
     EXPECT_EQ(events, (Texts{"open", "pressed", "returned"}));
 }
 
-TEST_P(AlertContract, ItShowsItsTextsAndItsButtonsInOrder)
+TEST_F(AlertContract, ItShowsItsTextsAndItsButtonsInOrder)
 {
     Texts texts;
     Texts buttons;
@@ -59,7 +59,7 @@ TEST_P(AlertContract, ItShowsItsTextsAndItsButtonsInOrder)
     EXPECT_EQ(buttons, (Texts{"View", "Ignore"}));
 }
 
-TEST_P(AlertContract, WithoutAHeaderTheMessageStandsAlone)
+TEST_F(AlertContract, WithoutAHeaderTheMessageStandsAlone)
 {
     auto alert = alertWith({{"OK", ""}});
     alert.messageText.clear();
@@ -71,7 +71,7 @@ TEST_P(AlertContract, WithoutAHeaderTheMessageStandsAlone)
     EXPECT_EQ(texts, Texts{"Something happened"});
 }
 
-TEST_P(AlertContract, TextsAndTitlesArePlainAndNeverMarkup)
+TEST_F(AlertContract, TextsAndTitlesArePlainAndNeverMarkup)
 {
     Alert alert{"<b>bold</b> &amp; <img src=x>", "a < b && c\n&nbsp;Sch\xc3\xb6n",
         AlertStyle::Informational, {{"&OK", ""}, {"<i>No</i>", ""}}};
@@ -86,7 +86,7 @@ TEST_P(AlertContract, TextsAndTitlesArePlainAndNeverMarkup)
     EXPECT_EQ(buttons, (Texts{"&OK", "<i>No</i>"}));
 }
 
-TEST_P(AlertContract, EscapePressesCancelWhereverItStandsAndElseTheFirstButton)
+TEST_F(AlertContract, EscapePressesCancelWhereverItStandsAndElseTheFirstButton)
 {
     const struct {
         std::vector<AlertButton> buttons;
@@ -106,7 +106,7 @@ TEST_P(AlertContract, EscapePressesCancelWhereverItStandsAndElseTheFirstButton)
     }
 }
 
-TEST_P(AlertContract, ReturnPressesTheFirstButtonUnlessAnotherClaimsIt)
+TEST_F(AlertContract, ReturnPressesTheFirstButtonUnlessAnotherClaimsIt)
 {
     const auto pressReturn = [this] { fixture->pressKey("\r"); };
     EXPECT_EQ(runAnd(alertWith({{"OK", "\r"}, {"Quit", "v"}}), pressReturn), 1000);
@@ -114,14 +114,14 @@ TEST_P(AlertContract, ReturnPressesTheFirstButtonUnlessAnotherClaimsIt)
     EXPECT_EQ(runAnd(alertWith({{"Remove", ""}, {"Keep", "\r"}}), pressReturn), 1001);
 }
 
-TEST_P(AlertContract, AKeyEquivalentPressesItsButton)
+TEST_F(AlertContract, AKeyEquivalentPressesItsButton)
 {
     const auto pressV = [this] { fixture->pressKey("v"); };
     EXPECT_EQ(runAnd(alertWith({{"OK", "\r"}, {"Quit", "v"}}), pressV), 1001);
     EXPECT_EQ(runAnd(alertWith({{"View", "v"}, {"Ignore", ""}}), pressV), 1000);
 }
 
-TEST_P(AlertContract, AKeyThatNoButtonClaimsLeavesTheAlertOpen)
+TEST_F(AlertContract, AKeyThatNoButtonClaimsLeavesTheAlertOpen)
 {
     const int response = runAnd(alertWith({{"OK", "\r"}, {"Quit", "v"}}), [&] {
         for (const auto* key : {"q", "o", "c", "x"})
@@ -132,7 +132,7 @@ TEST_P(AlertContract, AKeyThatNoButtonClaimsLeavesTheAlertOpen)
     EXPECT_EQ(response, 1001);
 }
 
-TEST_P(AlertContract, AnAlertOverAnotherAnswersForItself)
+TEST_F(AlertContract, AnAlertOverAnotherAnswersForItself)
 {
     int inner = 0;
     const int outer = runAnd(alertWith({{"OK", ""}, {"Outer", ""}}), [&] {
@@ -145,7 +145,7 @@ TEST_P(AlertContract, AnAlertOverAnotherAnswersForItself)
     EXPECT_EQ(outer, 1000);
 }
 
-TEST_P(AlertContract, OneAlertAfterTheOtherCanBeRun)
+TEST_F(AlertContract, OneAlertAfterTheOtherCanBeRun)
 {
     const auto alert = alertWith({{"OK", ""}, {"Quit", ""}});
     for (const int response : {1001, 1000, 1001})

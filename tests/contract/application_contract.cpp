@@ -20,7 +20,7 @@ bool ApplicationContract::performMenuAction(std::string_view action)
 
 // --- Start and end
 
-TEST_P(ApplicationContract, ARunShowsTheInitialWindowBeforeAnythingHappens)
+TEST_F(ApplicationContract, ARunShowsTheInitialWindowBeforeAnythingHappens)
 {
     Texts before;
     const int code = runWith({[&] {
@@ -37,7 +37,7 @@ TEST_P(ApplicationContract, ARunShowsTheInitialWindowBeforeAnythingHappens)
             "LoginVC viewDidAppear"}));
 }
 
-TEST_P(ApplicationContract, TerminatingReturnsAndNoLaterEventIsHandled)
+TEST_F(ApplicationContract, TerminatingReturnsAndNoLaterEventIsHandled)
 {
     EXPECT_EQ(runWith({[&] {
                            events().clear();
@@ -49,7 +49,7 @@ TEST_P(ApplicationContract, TerminatingReturnsAndNoLaterEventIsHandled)
     EXPECT_EQ(events(), (Texts{"terminate returned", "terminating", "LoginVC ended"}));
 }
 
-TEST_P(ApplicationContract, NoControllerOutlivesTheRun)
+TEST_F(ApplicationContract, NoControllerOutlivesTheRun)
 {
     runWith({[&] {
         showAbout();
@@ -61,14 +61,14 @@ TEST_P(ApplicationContract, NoControllerOutlivesTheRun)
     EXPECT_EQ(windowTitles(), Texts{});
 }
 
-TEST_P(ApplicationContract, AnApplicationThatWasTerminatedBeforeItRanShowsNothing)
+TEST_F(ApplicationContract, AnApplicationThatWasTerminatedBeforeItRanShowsNothing)
 {
     fixture->application().terminate();
     EXPECT_EQ(runWith({[&] { happens("an event"); }}), 0);
     EXPECT_EQ(events(), Texts{});
 }
 
-TEST_P(ApplicationContract, TermsThatCannotBeClosedDoNotHoldUpTheEnd)
+TEST_F(ApplicationContract, TermsThatCannotBeClosedDoNotHoldUpTheEnd)
 {
     record.onWillAppear["ToUVC"]
         = [](View& view) { view.window()->setStyleMask(window_style::fullSizeContentView); };
@@ -84,7 +84,7 @@ TEST_P(ApplicationContract, TermsThatCannotBeClosedDoNotHoldUpTheEnd)
     EXPECT_TRUE(record.living.empty());
 }
 
-TEST_P(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesNothingButTheFirstButton)
+TEST_F(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesNothingButTheFirstButton)
 {
     const Alert alert{"", "Remove it?", AlertStyle::Warning, {{"Keep", ""}, {"Remove", ""}}};
     int response = 0;
@@ -100,7 +100,7 @@ TEST_P(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesNothingButTh
 
 // --- The last window
 
-TEST_P(ApplicationContract, ClosingTheLastWindowEndsTheRun)
+TEST_F(ApplicationContract, ClosingTheLastWindowEndsTheRun)
 {
     EXPECT_EQ(runWith({[&] {
                            events().clear();
@@ -113,7 +113,7 @@ TEST_P(ApplicationContract, ClosingTheLastWindowEndsTheRun)
     EXPECT_EQ(std::count(events().begin(), events().end(), "terminating"), 1);
 }
 
-TEST_P(ApplicationContract, DismissingTheLastViewEndsTheRun)
+TEST_F(ApplicationContract, DismissingTheLastViewEndsTheRun)
 {
     EXPECT_EQ(runWith({[&] { probe("LoginVC").shownView().dismissViewController(); },
                   [&] { happens("a later event"); }}),
@@ -121,7 +121,7 @@ TEST_P(ApplicationContract, DismissingTheLastViewEndsTheRun)
     EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
 }
 
-TEST_P(ApplicationContract, ADelegateMayKeepTheApplicationAliveWithoutWindows)
+TEST_F(ApplicationContract, ADelegateMayKeepTheApplicationAliveWithoutWindows)
 {
     m_endsWithWindows = false;
     EXPECT_EQ(runWith({[&] { EXPECT_TRUE(fixture->closeWindow("Zarn Actions")); },
@@ -134,7 +134,7 @@ TEST_P(ApplicationContract, ADelegateMayKeepTheApplicationAliveWithoutWindows)
     EXPECT_EQ(std::count(events().begin(), events().end(), "alive"), 1);
 }
 
-TEST_P(ApplicationContract, AnOpenAboutWindowKeepsTheApplicationAlive)
+TEST_F(ApplicationContract, AnOpenAboutWindowKeepsTheApplicationAlive)
 {
     EXPECT_EQ(runWith({[&] {
                            showAbout();
@@ -152,7 +152,7 @@ TEST_P(ApplicationContract, AnOpenAboutWindowKeepsTheApplicationAlive)
     EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
 }
 
-TEST_P(ApplicationContract, DismissingTheTermsKeepsTheApplicationAlive)
+TEST_F(ApplicationContract, DismissingTheTermsKeepsTheApplicationAlive)
 {
     EXPECT_EQ(runWith({[&] { probe("LoginVC").shownView().performSegue("termsOfUse"); },
                   [&] { probe("ToUVC").shownView().dismissViewController(); },
@@ -167,7 +167,7 @@ TEST_P(ApplicationContract, DismissingTheTermsKeepsTheApplicationAlive)
 
 // --- Windows and menus
 
-TEST_P(ApplicationContract, TheWindowsAreListedInTheOrderInWhichTheyWereShown)
+TEST_F(ApplicationContract, TheWindowsAreListedInTheOrderInWhichTheyWereShown)
 {
     EXPECT_EQ(windowTitles(), Texts{});
     runWith({[&] {
@@ -187,7 +187,7 @@ TEST_P(ApplicationContract, TheWindowsAreListedInTheOrderInWhichTheyWereShown)
         }});
 }
 
-TEST_P(ApplicationContract, TheMenuCommandsReachTheDelegate)
+TEST_F(ApplicationContract, TheMenuCommandsReachTheDelegate)
 {
     const std::pair<const char*, const char*> commands[] = {
         {"About Zarn Actions", "menu showAbout"},
@@ -209,7 +209,7 @@ TEST_P(ApplicationContract, TheMenuCommandsReachTheDelegate)
     EXPECT_EQ(runWith(std::move(steps)), 0);
 }
 
-TEST_P(ApplicationContract, QuitInTheMenuEndsTheRun)
+TEST_F(ApplicationContract, QuitInTheMenuEndsTheRun)
 {
     EXPECT_EQ(runWith({[&] { EXPECT_TRUE(fixture->chooseMenuItem("Quit Zarn Actions")); },
                   [&] { happens("a later event"); }}),
@@ -218,7 +218,7 @@ TEST_P(ApplicationContract, QuitInTheMenuEndsTheRun)
     EXPECT_EQ(std::count(events().begin(), events().end(), "terminating"), 1);
 }
 
-TEST_P(ApplicationContract, ActivatingBringsTheProgramInFrontOfOthers)
+TEST_F(ApplicationContract, ActivatingBringsTheProgramInFrontOfOthers)
 {
     runWith({[&] {
         EXPECT_TRUE(fixture->isInFront("Zarn Actions"));
@@ -229,7 +229,7 @@ TEST_P(ApplicationContract, ActivatingBringsTheProgramInFrontOfOthers)
     }});
 }
 
-TEST_P(ApplicationContract, NoModifierKeyIsHeldWhereNoneIs)
+TEST_F(ApplicationContract, NoModifierKeyIsHeldWhereNoneIs)
 {
     EXPECT_EQ(fixture->application().currentModifierFlags() & modifierFlagOption, 0U);
 }

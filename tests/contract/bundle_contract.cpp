@@ -29,7 +29,7 @@ bool isVersion(std::string_view text)
         && (text.empty() || (take(text, 'b') && takeNumber(text) && text.empty()));
 }
 
-TEST_P(BundleContract, TheTextsThatTheProgramNeedsAreThere)
+TEST_F(BundleContract, TheTextsThatTheProgramNeedsAreThere)
 {
     ASSERT_NE(bundle->infoDictionary(), nullptr);
     const auto& info = *bundle->infoDictionary();
@@ -37,7 +37,7 @@ TEST_P(BundleContract, TheTextsThatTheProgramNeedsAreThere)
     EXPECT_NE(stringMember(info, "CFBundleVersion").value_or(""), "");
 }
 
-TEST_P(BundleContract, TheVersionHasThreeNumbersAndMayBeABeta)
+TEST_F(BundleContract, TheVersionHasThreeNumbersAndMayBeABeta)
 {
     ASSERT_NE(bundle->infoDictionary(), nullptr);
     const auto version = stringMember(*bundle->infoDictionary(), "CFBundleShortVersionString");
@@ -47,7 +47,7 @@ TEST_P(BundleContract, TheVersionHasThreeNumbersAndMayBeABeta)
         EXPECT_FALSE(isVersion(other)) << other;
 }
 
-TEST_P(BundleContract, TheDictionaryStaysWhereItIs)
+TEST_F(BundleContract, TheDictionaryStaysWhereItIs)
 {
     EXPECT_EQ(bundle->infoDictionary(), bundle->infoDictionary());
 }

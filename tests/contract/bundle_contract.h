@@ -5,21 +5,17 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <string>
 
 namespace zarn {
 
-struct BundleBackend {
-    std::string name;
-    std::function<std::unique_ptr<Bundle>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<Bundle> makeBundle();
 
 /// What every bundle has to have.
-class BundleContract : public testing::TestWithParam<BundleBackend> {
+class BundleContract : public testing::Test {
 protected:
-    const std::unique_ptr<Bundle> bundle = GetParam().make();
+    const std::unique_ptr<Bundle> bundle = makeBundle();
 };
 
 } // namespace zarn

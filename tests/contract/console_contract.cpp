@@ -8,7 +8,7 @@
 namespace zarn {
 namespace {
 
-TEST_P(ConsoleContract, EveryLineIsThereAtOnceWithItsLineBreak)
+TEST_F(ConsoleContract, EveryLineIsThereAtOnceWithItsLineBreak)
 {
     fixture->console().writeLine("first");
     fixture->console().writeLine("");
@@ -16,7 +16,7 @@ TEST_P(ConsoleContract, EveryLineIsThereAtOnceWithItsLineBreak)
     EXPECT_EQ(fixture->written(), "first\n\ngrößer 😀\n");
 }
 
-TEST_P(ConsoleContract, LinesOfSeveralThreadsStayWhole)
+TEST_F(ConsoleContract, LinesOfSeveralThreadsStayWhole)
 {
     std::vector<std::thread> threads;
     for (int i = 0; i < 4; ++i)

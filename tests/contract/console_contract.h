@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -20,15 +19,13 @@ public:
     virtual std::string written() = 0;
 };
 
-struct ConsoleBackend {
-    std::string name;
-    std::function<std::unique_ptr<ConsoleFixture>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<ConsoleFixture> makeConsoleFixture();
 
 /// What every console has to do.
-class ConsoleContract : public testing::TestWithParam<ConsoleBackend> {
+class ConsoleContract : public testing::Test {
 protected:
-    const std::unique_ptr<ConsoleFixture> fixture = GetParam().make();
+    const std::unique_ptr<ConsoleFixture> fixture = makeConsoleFixture();
 };
 
 } // namespace zarn

@@ -7,7 +7,7 @@ using Texts = std::vector<std::string>;
 
 // --- Every control
 
-TEST_P(ControlsContract, AControlIsHiddenAndShownAgain)
+TEST_F(ControlsContract, AControlIsHiddenAndShownAgain)
 {
     auto& label = *outlets().label("serverURL_Label");
     ASSERT_TRUE(fixture->isShown("serverURL_Label"));
@@ -20,7 +20,7 @@ TEST_P(ControlsContract, AControlIsHiddenAndShownAgain)
     EXPECT_TRUE(fixture->isShown("serverURL_Label"));
 }
 
-TEST_P(ControlsContract, OnlyTheTwoFieldsOfTheAddressAndTheUserHaveAnIdentifier)
+TEST_F(ControlsContract, OnlyTheTwoFieldsOfTheAddressAndTheUserHaveAnIdentifier)
 {
     EXPECT_EQ(field("zarnProServer_textfield").identifier(), "server");
     EXPECT_EQ(field("zarnProUsername_textfield").identifier(), "username");
@@ -31,7 +31,7 @@ TEST_P(ControlsContract, OnlyTheTwoFieldsOfTheAddressAndTheUserHaveAnIdentifier)
 
 // --- Labels
 
-TEST_P(ControlsContract, ALabelShowsItsTextAsItIs)
+TEST_F(ControlsContract, ALabelShowsItsTextAsItIs)
 {
     auto& label = *outlets().label("username_label");
     for (const auto* text : {"Username:", "a & b", "<b>bold</b> &amp;", "Sch\xc3\xb6n", ""}) {
@@ -41,7 +41,7 @@ TEST_P(ControlsContract, ALabelShowsItsTextAsItIs)
     }
 }
 
-TEST_P(ControlsContract, TheStatusLineShowsItsTextAsItIs)
+TEST_F(ControlsContract, TheStatusLineShowsItsTextAsItIs)
 {
     auto& status = *outlets().label("status_Label");
     EXPECT_EQ(status.stringValue(), "");
@@ -55,7 +55,7 @@ TEST_P(ControlsContract, TheStatusLineShowsItsTextAsItIs)
 
 // --- Buttons
 
-TEST_P(ControlsContract, AClickOnAPushButtonIsItsAction)
+TEST_F(ControlsContract, AClickOnAPushButtonIsItsAction)
 {
     Button* sender = nullptr;
     probe("LoginVC").onAction = [&](Button* used) { sender = used; };
@@ -66,7 +66,7 @@ TEST_P(ControlsContract, AClickOnAPushButtonIsItsAction)
     EXPECT_EQ(events(), (Texts{"updateServerInfo_Action", "quit_Action"}));
 }
 
-TEST_P(ControlsContract, ADisabledOrHiddenButtonCannotBeClicked)
+TEST_F(ControlsContract, ADisabledOrHiddenButtonCannotBeClicked)
 {
     button("updateServerInfo_Button").setEnabled(false);
     EXPECT_FALSE(button("updateServerInfo_Button").isEnabled());
@@ -80,7 +80,7 @@ TEST_P(ControlsContract, ADisabledOrHiddenButtonCannotBeClicked)
     EXPECT_EQ(events(), Texts{"updateServerInfo_Action"});
 }
 
-TEST_P(ControlsContract, ATitleIsShownAsItIs)
+TEST_F(ControlsContract, ATitleIsShownAsItIs)
 {
     for (const auto* title : {"Add", "Save & quit", "a && b", "&", "<b>x</b>", "Sch\xc3\xb6n"}) {
         button("quit_Button").setTitle(title);
@@ -92,7 +92,7 @@ TEST_P(ControlsContract, ATitleIsShownAsItIs)
     }
 }
 
-TEST_P(ControlsContract, AClickOnACheckBoxFlipsItBeforeItsAction)
+TEST_F(ControlsContract, AClickOnACheckBoxFlipsItBeforeItsAction)
 {
     std::vector<int> states;
     probe("LoginVC").onAction = [&](Button* used) { states.push_back(used->state()); };
@@ -104,7 +104,7 @@ TEST_P(ControlsContract, AClickOnACheckBoxFlipsItBeforeItsAction)
     EXPECT_EQ(events(), (Texts{"useUsername_action", "useUsername_action"}));
 }
 
-TEST_P(ControlsContract, ACheckBoxIsOnOrOffAndNothingElse)
+TEST_F(ControlsContract, ACheckBoxIsOnOrOffAndNothingElse)
 {
     auto& box = button("saveCreds_button");
     for (const auto& [given, state] : {std::pair{0, 0}, {1, 1}, {2, 1}, {0, 0}, {-1, 1}}) {
@@ -113,7 +113,7 @@ TEST_P(ControlsContract, ACheckBoxIsOnOrOffAndNothingElse)
     }
 }
 
-TEST_P(ControlsContract, ADisclosureButtonKeepsAnyStateAndAClickFlipsIt)
+TEST_F(ControlsContract, ADisclosureButtonKeepsAnyStateAndAClickFlipsIt)
 {
     std::vector<int> states;
     probe("LoginVC").onAction = [&](Button* used) { states.push_back(used->state()); };
@@ -126,7 +126,7 @@ TEST_P(ControlsContract, ADisclosureButtonKeepsAnyStateAndAClickFlipsIt)
     EXPECT_EQ(states, (std::vector<int>{0, 0, 1, 0}));
 }
 
-TEST_P(ControlsContract, ValuesSetFromCodeNeverFireAnAction)
+TEST_F(ControlsContract, ValuesSetFromCodeNeverFireAnAction)
 {
     for (const auto* name : {"useUsername_button", "saveCreds_button", "hideCreds_button"}) {
         button(name).setState(1);
@@ -142,7 +142,7 @@ TEST_P(ControlsContract, ValuesSetFromCodeNeverFireAnAction)
     EXPECT_EQ(events(), Texts{});
 }
 
-TEST_P(ControlsContract, AButtonKeepsItsImageAndItsToolTip)
+TEST_F(ControlsContract, AButtonKeepsItsImageAndItsToolTip)
 {
     auto& disclosure = button("hideCreds_button");
     for (const auto image :
@@ -157,7 +157,7 @@ TEST_P(ControlsContract, AButtonKeepsItsImageAndItsToolTip)
 
 // --- The spinner
 
-TEST_P(ControlsContract, TheSpinnerTurnsFromItsStartToItsStop)
+TEST_F(ControlsContract, TheSpinnerTurnsFromItsStartToItsStop)
 {
     auto& spinner = *outlets().progressIndicator("spinner_PI");
     EXPECT_FALSE(spinner.isAnimating());
@@ -169,7 +169,7 @@ TEST_P(ControlsContract, TheSpinnerTurnsFromItsStartToItsStop)
     EXPECT_FALSE(spinner.isAnimating());
 }
 
-TEST_P(ControlsContract, WhetherTheSpinnerTurnsIsNotWhetherItIsHidden)
+TEST_F(ControlsContract, WhetherTheSpinnerTurnsIsNotWhetherItIsHidden)
 {
     auto& spinner = *outlets().progressIndicator("spinner_PI");
     EXPECT_FALSE(spinner.isHidden());
@@ -193,7 +193,7 @@ OutletSource& ControlsContract::terms()
     return probe("ToUVC").outlets();
 }
 
-TEST_P(ControlsContract, AnImageViewHasNoImageUntilItIsGivenOne)
+TEST_F(ControlsContract, AnImageViewHasNoImageUntilItIsGivenOne)
 {
     auto& icon = *terms().imageView("icon_ImageView");
     EXPECT_EQ(icon.image(), std::nullopt);
@@ -201,7 +201,7 @@ TEST_P(ControlsContract, AnImageViewHasNoImageUntilItIsGivenOne)
     EXPECT_EQ(icon.image(), ImageName::AppIcon);
 }
 
-TEST_P(ControlsContract, ATextViewShowsItsRunsAsPlainTextOneAfterTheOther)
+TEST_F(ControlsContract, ATextViewShowsItsRunsAsPlainTextOneAfterTheOther)
 {
     auto& view = *terms().textView("termsOfUse_TextView");
     ASSERT_TRUE(view.hasTextStorage());
@@ -213,7 +213,7 @@ TEST_P(ControlsContract, ATextViewShowsItsRunsAsPlainTextOneAfterTheOther)
     EXPECT_EQ(fixture->shownText("termsOfUse_TextView"), "First <b>line</b> &amp;\nSch\xc3\xb6n");
 }
 
-TEST_P(ControlsContract, ANewTextReplacesTheOneBefore)
+TEST_F(ControlsContract, ANewTextReplacesTheOneBefore)
 {
     auto& view = *terms().textView("termsOfUse_TextView");
     view.setAttributedText({{"before", {}, TextColor::Black, "https://before.example"}});
@@ -223,7 +223,7 @@ TEST_P(ControlsContract, ANewTextReplacesTheOneBefore)
     EXPECT_EQ(fixture->shownText("termsOfUse_TextView"), "");
 }
 
-TEST_P(ControlsContract, AClickOnALinkOpensItsAddressAndOneBesideItNothing)
+TEST_F(ControlsContract, AClickOnALinkOpensItsAddressAndOneBesideItNothing)
 {
     auto& view = *terms().textView("termsOfUse_TextView");
     view.setAttributedText({{"Please navigate to ", {}, TextColor::Black, {}},
@@ -243,7 +243,7 @@ TEST_P(ControlsContract, AClickOnALinkOpensItsAddressAndOneBesideItNothing)
 
 // --- Outlets
 
-TEST_P(ControlsContract, AnOutletHasItsNameAndItsKindAndIsTheSameEachTime)
+TEST_F(ControlsContract, AnOutletHasItsNameAndItsKindAndIsTheSameEachTime)
 {
     auto& source = outlets();
     EXPECT_EQ(source.label("quit_Button"), nullptr);

@@ -4,17 +4,17 @@
 namespace zarn {
 namespace {
 
-TEST_P(DateFormatterContract, WritesTheStampOfALogFilesName)
+TEST_F(DateFormatterContract, WritesTheStampOfALogFilesName)
 {
     EXPECT_EQ(text(saturday, file), "20250301_101500");
 }
 
-TEST_P(DateFormatterContract, WritesTheStampOfALogLine)
+TEST_F(DateFormatterContract, WritesTheStampOfALogLine)
 {
     EXPECT_EQ(text(saturday, entry), "Sat Mar 01 10:15:00");
 }
 
-TEST_P(DateFormatterContract, NamesEveryWeekdayAndMonth)
+TEST_F(DateFormatterContract, NamesEveryWeekdayAndMonth)
 {
     const auto day = 86400.0;
     std::string weekdays;
@@ -28,13 +28,13 @@ TEST_P(DateFormatterContract, NamesEveryWeekdayAndMonth)
     EXPECT_EQ(months, "Jan Feb Mar Apr May Jun Jul Aug Sep Oct Nov Dec ");
 }
 
-TEST_P(DateFormatterContract, FractionsOfASecondAreCutOff)
+TEST_F(DateFormatterContract, FractionsOfASecondAreCutOff)
 {
     EXPECT_EQ(text(saturday + 0.999, entry), "Sat Mar 01 10:15:00");
     EXPECT_EQ(text(saturday + 1.001, entry), "Sat Mar 01 10:15:01");
 }
 
-TEST_P(DateFormatterContract, EachCallStandsForItself)
+TEST_F(DateFormatterContract, EachCallStandsForItself)
 {
     EXPECT_EQ(text(saturday, entry), "Sat Mar 01 10:15:00");
     EXPECT_EQ(text(saturday, file), "20250301_101500");
@@ -42,13 +42,13 @@ TEST_P(DateFormatterContract, EachCallStandsForItself)
     EXPECT_EQ(text(saturday, entry), "Sat Mar 01 10:15:00");
 }
 
-TEST_P(DateFormatterContract, MomentsBefore1970HaveAText)
+TEST_F(DateFormatterContract, MomentsBefore1970HaveAText)
 {
     EXPECT_EQ(text(-1, file), "19691231_235959");
     EXPECT_EQ(text(-0.5, file), "19691231_235959");
 }
 
-TEST_P(DateFormatterContract, AChangeOfTheTimeZoneIsSeen)
+TEST_F(DateFormatterContract, AChangeOfTheTimeZoneIsSeen)
 {
     EXPECT_EQ(text(saturday, entry), "Sat Mar 01 10:15:00");
     setHoursFromUtc(9);

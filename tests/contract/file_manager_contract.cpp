@@ -8,13 +8,13 @@ namespace {
 
 using Names = std::vector<std::string>;
 
-TEST_P(FileManagerContract, TheHomeDirectoryHasNoSlashAtItsEnd)
+TEST_F(FileManagerContract, TheHomeDirectoryHasNoSlashAtItsEnd)
 {
     EXPECT_TRUE(home.starts_with('/'));
     EXPECT_FALSE(home.ends_with('/'));
 }
 
-TEST_P(FileManagerContract, AFileExistsOnceItIsCreated)
+TEST_F(FileManagerContract, AFileExistsOnceItIsCreated)
 {
     EXPECT_FALSE(files.fileExists(home + "/file"));
     EXPECT_TRUE(files.createFile(home + "/file"));
@@ -22,7 +22,7 @@ TEST_P(FileManagerContract, AFileExistsOnceItIsCreated)
     EXPECT_EQ(contentsOf(home + "/file"), "");
 }
 
-TEST_P(FileManagerContract, CreatingMakesTheFoldersAbove)
+TEST_F(FileManagerContract, CreatingMakesTheFoldersAbove)
 {
     EXPECT_TRUE(files.createFile(home + "/Library/Logs/file"));
     EXPECT_TRUE(files.fileExists(home + "/Library/Logs/file"));
@@ -30,7 +30,7 @@ TEST_P(FileManagerContract, CreatingMakesTheFoldersAbove)
     EXPECT_TRUE(files.fileExists(home + "/Library/Logs/"));
 }
 
-TEST_P(FileManagerContract, CreatingAFileThatExistsEmptiesIt)
+TEST_F(FileManagerContract, CreatingAFileThatExistsEmptiesIt)
 {
     files.createFile(home + "/file");
     append(home + "/file", "old");
@@ -38,7 +38,7 @@ TEST_P(FileManagerContract, CreatingAFileThatExistsEmptiesIt)
     EXPECT_EQ(contentsOf(home + "/file"), "");
 }
 
-TEST_P(FileManagerContract, WhatIsWrittenAtTheEndStaysBehindTheRest)
+TEST_F(FileManagerContract, WhatIsWrittenAtTheEndStaysBehindTheRest)
 {
     files.createFile(home + "/file");
     append(home + "/file", "one\n");
@@ -46,7 +46,7 @@ TEST_P(FileManagerContract, WhatIsWrittenAtTheEndStaysBehindTheRest)
     EXPECT_EQ(contentsOf(home + "/file"), std::string("one\ntwo\0\xff\n", 10));
 }
 
-TEST_P(FileManagerContract, AMissingFileOrTheEmptyPathCannotBeOpened)
+TEST_F(FileManagerContract, AMissingFileOrTheEmptyPathCannotBeOpened)
 {
     EXPECT_EQ(files.openForUpdating(home + "/missing"), nullptr);
     EXPECT_EQ(files.openForUpdating(""), nullptr);
@@ -54,7 +54,7 @@ TEST_P(FileManagerContract, AMissingFileOrTheEmptyPathCannotBeOpened)
     EXPECT_FALSE(files.fileExists(""));
 }
 
-TEST_P(FileManagerContract, AFolderListsItsNamesOnly)
+TEST_F(FileManagerContract, AFolderListsItsNamesOnly)
 {
     for (const char* name : {"/logs/b", "/logs/a", "/logs/.hidden", "/logs/sub/c"})
         files.createFile(home + name);
@@ -64,21 +64,21 @@ TEST_P(FileManagerContract, AFolderListsItsNamesOnly)
     EXPECT_EQ(names.value(), (Names{".hidden", "a", "b", "sub"}));
 }
 
-TEST_P(FileManagerContract, AMissingFolderCannotBeListed)
+TEST_F(FileManagerContract, AMissingFolderCannotBeListed)
 {
     const auto names = files.contentsOfDirectory(home + "/missing");
     ASSERT_FALSE(names);
     EXPECT_NE(names.error().message, "");
 }
 
-TEST_P(FileManagerContract, ARemovedFileIsGone)
+TEST_F(FileManagerContract, ARemovedFileIsGone)
 {
     files.createFile(home + "/file");
     EXPECT_TRUE(files.removeItem(home + "/file").ok());
     EXPECT_FALSE(files.fileExists(home + "/file"));
 }
 
-TEST_P(FileManagerContract, AFolderIsRemovedWithAllThatIsInIt)
+TEST_F(FileManagerContract, AFolderIsRemovedWithAllThatIsInIt)
 {
     files.createFile(home + "/logs/sub/c");
     files.createFile(home + "/logs2");
@@ -88,7 +88,7 @@ TEST_P(FileManagerContract, AFolderIsRemovedWithAllThatIsInIt)
     EXPECT_TRUE(files.fileExists(home + "/logs2"));
 }
 
-TEST_P(FileManagerContract, RemovingNothingIsAnErrorWithAText)
+TEST_F(FileManagerContract, RemovingNothingIsAnErrorWithAText)
 {
     const auto removed = files.removeItem(home + "/missing");
     ASSERT_FALSE(removed);

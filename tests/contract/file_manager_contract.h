@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -19,16 +18,14 @@ public:
     virtual std::string contentsOf(const std::string& path) = 0;
 };
 
-struct FileManagerBackend {
-    std::string name;
-    std::function<std::unique_ptr<FileManagerFixture>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<FileManagerFixture> makeFileManagerFixture();
 
 /// What every file manager has to do.
-class FileManagerContract : public testing::TestWithParam<FileManagerBackend> {
+class FileManagerContract : public testing::Test {
 protected:
     FileManagerContract()
-        : m_fixture(GetParam().make())
+        : m_fixture(makeFileManagerFixture())
         , files(m_fixture->fileManager())
         , home(files.homeDirectory())
     {

@@ -7,7 +7,7 @@ namespace zarn {
 
 using Texts = std::vector<std::string>;
 
-TEST_P(NotificationCenterContract, AnObserverHearsEachChangeOnce)
+TEST_F(NotificationCenterContract, AnObserverHearsEachChangeOnce)
 {
     observe("panel");
     EXPECT_EQ(heard, Texts{});
@@ -17,7 +17,7 @@ TEST_P(NotificationCenterContract, AnObserverHearsEachChangeOnce)
     EXPECT_EQ(heard, (Texts{"panel", "panel"}));
 }
 
-TEST_P(NotificationCenterContract, ObserversHearInTheOrderInWhichTheyCame)
+TEST_F(NotificationCenterContract, ObserversHearInTheOrderInWhichTheyCame)
 {
     observe("second panel");
     observe("first panel");
@@ -25,7 +25,7 @@ TEST_P(NotificationCenterContract, ObserversHearInTheOrderInWhichTheyCame)
     EXPECT_EQ(heard, (Texts{"second panel", "first panel"}));
 }
 
-TEST_P(NotificationCenterContract, AnObserverOfAnotherNameHearsNothing)
+TEST_F(NotificationCenterContract, AnObserverOfAnotherNameHearsNothing)
 {
     center.addObserver(this, "AnotherNotification", [this] { heard.emplace_back("another"); });
     observe("panel");
@@ -33,7 +33,7 @@ TEST_P(NotificationCenterContract, AnObserverOfAnotherNameHearsNothing)
     EXPECT_EQ(heard, Texts{"panel"});
 }
 
-TEST_P(NotificationCenterContract, ARemovedObserverHearsNothingAndTheOthersStillDo)
+TEST_F(NotificationCenterContract, ARemovedObserverHearsNothingAndTheOthersStillDo)
 {
     observe("closed");
     observe("open");
@@ -42,7 +42,7 @@ TEST_P(NotificationCenterContract, ARemovedObserverHearsNothingAndTheOthersStill
     EXPECT_EQ(heard, Texts{"open"});
 }
 
-TEST_P(NotificationCenterContract, RemovingForOneNameKeepsTheOther)
+TEST_F(NotificationCenterContract, RemovingForOneNameKeepsTheOther)
 {
     observe("panel");
     int identity = 0;
@@ -52,7 +52,7 @@ TEST_P(NotificationCenterContract, RemovingForOneNameKeepsTheOther)
     EXPECT_EQ(heard, (Texts{"panel", "kept"}));
 }
 
-TEST_P(NotificationCenterContract, RemovingWhatWasNeverAddedDoesNothing)
+TEST_F(NotificationCenterContract, RemovingWhatWasNeverAddedDoesNothing)
 {
     forget("stranger");
     observe("panel");
@@ -60,7 +60,7 @@ TEST_P(NotificationCenterContract, RemovingWhatWasNeverAddedDoesNothing)
     EXPECT_EQ(heard, Texts{"panel"});
 }
 
-TEST_P(NotificationCenterContract, AnObserverMayRemoveItselfWhileItIsTold)
+TEST_F(NotificationCenterContract, AnObserverMayRemoveItselfWhileItIsTold)
 {
     center.addObserver(this, themeChanged, [this] {
         heard.emplace_back("once");
@@ -71,7 +71,7 @@ TEST_P(NotificationCenterContract, AnObserverMayRemoveItselfWhileItIsTold)
     EXPECT_EQ(heard, Texts{"once"});
 }
 
-TEST_P(NotificationCenterContract, AnObserverRemovedByAnotherWhileADeliveryRunsIsNotCalled)
+TEST_F(NotificationCenterContract, AnObserverRemovedByAnotherWhileADeliveryRunsIsNotCalled)
 {
     int gone = 0;
     center.addObserver(this, themeChanged, [&] {
@@ -83,7 +83,7 @@ TEST_P(NotificationCenterContract, AnObserverRemovedByAnotherWhileADeliveryRunsI
     EXPECT_EQ(heard, Texts{"closes the other"});
 }
 
-TEST_P(NotificationCenterContract, AnObserverAddedWhileADeliveryRunsHearsTheNextOne)
+TEST_F(NotificationCenterContract, AnObserverAddedWhileADeliveryRunsHearsTheNextOne)
 {
     bool isAdded = false;
     center.addObserver(this, themeChanged, [&] {

@@ -20,7 +20,7 @@ std::string PopUpButtonContract::items()
 
 // --- Items
 
-TEST_P(PopUpButtonContract, AnEmptyOneHasNoItemAndNoChoice)
+TEST_F(PopUpButtonContract, AnEmptyOneHasNoItemAndNoChoice)
 {
     EXPECT_EQ(popUp().itemTitles(), Texts{});
     EXPECT_EQ(popUp().titleOfSelectedItem(), "");
@@ -32,7 +32,7 @@ TEST_P(PopUpButtonContract, AnEmptyOneHasNoItemAndNoChoice)
     EXPECT_EQ(popUp().titleOfSelectedItem(), "");
 }
 
-TEST_P(PopUpButtonContract, TheFirstItemIsChosenByItselfAndNoLaterOne)
+TEST_F(PopUpButtonContract, TheFirstItemIsChosenByItselfAndNoLaterOne)
 {
     popUp().addItem("A");
     EXPECT_EQ(items(), "[A]");
@@ -47,7 +47,7 @@ TEST_P(PopUpButtonContract, TheFirstItemIsChosenByItselfAndNoLaterOne)
     EXPECT_EQ(items(), "[D]");
 }
 
-TEST_P(PopUpButtonContract, AddingATitleThatExistsMovesItToTheEnd)
+TEST_F(PopUpButtonContract, AddingATitleThatExistsMovesItToTheEnd)
 {
     popUp().addItems({"A", "B", "C"});
     popUp().addItem("B");
@@ -58,7 +58,7 @@ TEST_P(PopUpButtonContract, AddingATitleThatExistsMovesItToTheEnd)
     EXPECT_EQ(items(), "C B [A]");
 }
 
-TEST_P(PopUpButtonContract, SeveralTitlesAreAddedAsOneByOne)
+TEST_F(PopUpButtonContract, SeveralTitlesAreAddedAsOneByOne)
 {
     popUp().addItems({"A", "B", "A", "C", "B"});
     EXPECT_EQ(items(), "[A] C B");
@@ -74,7 +74,7 @@ TEST_P(PopUpButtonContract, SeveralTitlesAreAddedAsOneByOne)
     EXPECT_EQ(items(), "B C [A]");
 }
 
-TEST_P(PopUpButtonContract, TitlesAreTheSameOnlyWhenTheyAreEqual)
+TEST_F(PopUpButtonContract, TitlesAreTheSameOnlyWhenTheyAreEqual)
 {
     popUp().addItems({"server", "Server", "server ", "Sch\xc3\xb6n", "Scho\xcc\x88n"});
     EXPECT_EQ(popUp().itemTitles(),
@@ -85,7 +85,7 @@ TEST_P(PopUpButtonContract, TitlesAreTheSameOnlyWhenTheyAreEqual)
     EXPECT_EQ(popUp().titleOfSelectedItem(), "");
 }
 
-TEST_P(PopUpButtonContract, ATitleIsShownAsItIs)
+TEST_F(PopUpButtonContract, ATitleIsShownAsItIs)
 {
     for (const auto* title : {"a & b", "<b>x</b> &amp;", "Sch\xc3\xb6n", "-"}) {
         popUp().addItem(title);
@@ -96,7 +96,7 @@ TEST_P(PopUpButtonContract, ATitleIsShownAsItIs)
     }
 }
 
-TEST_P(PopUpButtonContract, RemovingAnItemKeepsTheChoiceUnlessItWasTheChosenOne)
+TEST_F(PopUpButtonContract, RemovingAnItemKeepsTheChoiceUnlessItWasTheChosenOne)
 {
     popUp().addItems({"A", "B", "C", "D"});
     popUp().selectItem("C");
@@ -111,7 +111,7 @@ TEST_P(PopUpButtonContract, RemovingAnItemKeepsTheChoiceUnlessItWasTheChosenOne)
     EXPECT_EQ(popUp().titleOfSelectedItem(), "");
 }
 
-TEST_P(PopUpButtonContract, ASeparatorHasNoTitleAndIsNeverTheOneThatIsMeant)
+TEST_F(PopUpButtonContract, ASeparatorHasNoTitleAndIsNeverTheOneThatIsMeant)
 {
     popUp().addItems({"A", "B"});
     popUp().selectItem("B");
@@ -129,7 +129,7 @@ TEST_P(PopUpButtonContract, ASeparatorHasNoTitleAndIsNeverTheOneThatIsMeant)
     EXPECT_EQ(items(), "- - B - A");
 }
 
-TEST_P(PopUpButtonContract, ASeparatorLeavesNothingChosenWhereNothingWas)
+TEST_F(PopUpButtonContract, ASeparatorLeavesNothingChosenWhereNothingWas)
 {
     popUp().addItem("A");
     popUp().selectNone();
@@ -141,7 +141,7 @@ TEST_P(PopUpButtonContract, ASeparatorLeavesNothingChosenWhereNothingWas)
 
 // --- The choice
 
-TEST_P(PopUpButtonContract, SelectingATitleThatDoesNotExistSelectsNothing)
+TEST_F(PopUpButtonContract, SelectingATitleThatDoesNotExistSelectsNothing)
 {
     popUp().addItems({"A", "B"});
     popUp().selectItem("B");
@@ -154,7 +154,7 @@ TEST_P(PopUpButtonContract, SelectingATitleThatDoesNotExistSelectsNothing)
     EXPECT_EQ(fixture->shownText("selectServer_Button"), "");
 }
 
-TEST_P(PopUpButtonContract, ChoosingAnItemIsItsActionWithTheItemChosen)
+TEST_F(PopUpButtonContract, ChoosingAnItemIsItsActionWithTheItemChosen)
 {
     popUp().addItems({"A", "B", "C"});
     std::string chosen;
@@ -170,7 +170,7 @@ TEST_P(PopUpButtonContract, ChoosingAnItemIsItsActionWithTheItemChosen)
     EXPECT_EQ(items(), "A B [C]");
 }
 
-TEST_P(PopUpButtonContract, ChoosingTheItemThatIsChosenAlreadyFiresItsActionAgain)
+TEST_F(PopUpButtonContract, ChoosingTheItemThatIsChosenAlreadyFiresItsActionAgain)
 {
     popUp().addItems({"A", "B"});
     ASSERT_TRUE(fixture->choose("A", false));
@@ -179,7 +179,7 @@ TEST_P(PopUpButtonContract, ChoosingTheItemThatIsChosenAlreadyFiresItsActionAgai
     EXPECT_EQ(items(), "[A] B");
 }
 
-TEST_P(PopUpButtonContract, AnItemBehindASeparatorCanBeChosen)
+TEST_F(PopUpButtonContract, AnItemBehindASeparatorCanBeChosen)
 {
     popUp().addItems({"A", "Add Server..."});
     menu().insertSeparator(1);
@@ -188,7 +188,7 @@ TEST_P(PopUpButtonContract, AnItemBehindASeparatorCanBeChosen)
     EXPECT_EQ(events(), Texts{"selectServer_Action"});
 }
 
-TEST_P(PopUpButtonContract, TheActionMayRebuildTheMenuItCameFrom)
+TEST_F(PopUpButtonContract, TheActionMayRebuildTheMenuItCameFrom)
 {
     popUp().addItems({"A", "B"});
     probe("LoginVC").onAction = [&](Button*) {
@@ -201,7 +201,7 @@ TEST_P(PopUpButtonContract, TheActionMayRebuildTheMenuItCameFrom)
     EXPECT_EQ(events(), Texts{"selectServer_Action"});
 }
 
-TEST_P(PopUpButtonContract, NothingIsChosenFromADisabledOrHiddenOne)
+TEST_F(PopUpButtonContract, NothingIsChosenFromADisabledOrHiddenOne)
 {
     popUp().addItems({"A", "B"});
     popUp().setEnabled(false);
@@ -215,7 +215,7 @@ TEST_P(PopUpButtonContract, NothingIsChosenFromADisabledOrHiddenOne)
     EXPECT_EQ(events(), Texts{});
 }
 
-TEST_P(PopUpButtonContract, TheOptionKeyIsSeenWhileItIsHeld)
+TEST_F(PopUpButtonContract, TheOptionKeyIsSeenWhileItIsHeld)
 {
     popUp().addItems({"A", "B"});
     std::vector<unsigned> flags;

@@ -5,21 +5,17 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
-#include <string>
 
 namespace zarn {
 
-struct SerialQueueBackend {
-    std::string name;
-    std::function<std::unique_ptr<SerialQueues>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<SerialQueues> makeSerialQueues();
 
 /// What every serial queue has to do.
-class SerialQueueContract : public testing::TestWithParam<SerialQueueBackend> {
+class SerialQueueContract : public testing::Test {
 protected:
-    std::unique_ptr<SerialQueues> queues = GetParam().make();
+    std::unique_ptr<SerialQueues> queues = makeSerialQueues();
     std::unique_ptr<SerialQueue> queue = queues->make("com.zarn.zarn-shortcuts");
 };
 

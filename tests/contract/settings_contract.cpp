@@ -7,7 +7,7 @@ namespace {
 using Dictionary = Value::Dictionary;
 using Array = Value::Array;
 
-TEST_P(SettingsContract, NothingIsThereAtFirst)
+TEST_F(SettingsContract, NothingIsThereAtFirst)
 {
     EXPECT_EQ(suite.object("serversDict"), std::nullopt);
     EXPECT_EQ(suite.integer("useUsername"), 0);
@@ -15,7 +15,7 @@ TEST_P(SettingsContract, NothingIsThereAtFirst)
     EXPECT_EQ(suite.string("currentServer"), std::nullopt);
 }
 
-TEST_P(SettingsContract, EveryTypeComesBackAsItWent)
+TEST_F(SettingsContract, EveryTypeComesBackAsItWent)
 {
     const Dictionary values{{"true", true}, {"false", false}, {"integer", -7},
         {"largest", std::int64_t{9223372036854775807}}, {"real", 2.5}, {"text", "größer <&>\" 😀"},
@@ -28,7 +28,7 @@ TEST_P(SettingsContract, EveryTypeComesBackAsItWent)
         EXPECT_EQ(suite.object(key), value) << key;
 }
 
-TEST_P(SettingsContract, AKeyMayBeAnyText)
+TEST_F(SettingsContract, AKeyMayBeAnyText)
 {
     for (const char* key : {"", " ", "a.b/c", "größer", "<key>&amp;", "line\nbreak"}) {
         suite.set(key, key);
@@ -36,7 +36,7 @@ TEST_P(SettingsContract, AKeyMayBeAnyText)
     }
 }
 
-TEST_P(SettingsContract, ANewValueReplacesTheOldOneWhole)
+TEST_F(SettingsContract, ANewValueReplacesTheOldOneWhole)
 {
     suite.set("serversDict", Dictionary{{"a", Dictionary{}}, {"b", Dictionary{}}});
     suite.set("serversDict", Dictionary{{"c", Dictionary{}}});
@@ -45,7 +45,7 @@ TEST_P(SettingsContract, ANewValueReplacesTheOldOneWhole)
     EXPECT_EQ(suite.object("serversDict"), Value("text"));
 }
 
-TEST_P(SettingsContract, RemovingTakesTheOneKeyAway)
+TEST_F(SettingsContract, RemovingTakesTheOneKeyAway)
 {
     suite.set("a", 1);
     suite.set("b", 2);
@@ -55,7 +55,7 @@ TEST_P(SettingsContract, RemovingTakesTheOneKeyAway)
     EXPECT_EQ(suite.object("b"), Value(2));
 }
 
-TEST_P(SettingsContract, DomainsDoNotShareKeys)
+TEST_F(SettingsContract, DomainsDoNotShareKeys)
 {
     standard.set("saveCreds", 0);
     suite.set("saveCreds", 1);
@@ -65,13 +65,13 @@ TEST_P(SettingsContract, DomainsDoNotShareKeys)
     EXPECT_EQ(settings.suite("group.Q7X2M9K4TA.zarnactions")->integer("saveCreds"), 2);
 }
 
-TEST_P(SettingsContract, ASuiteIsOneObjectForItsName)
+TEST_F(SettingsContract, ASuiteIsOneObjectForItsName)
 {
     EXPECT_EQ(settings.suite(suiteName), &suite);
     EXPECT_EQ(&settings.standard(), &standard);
 }
 
-TEST_P(SettingsContract, ReadsSeeWhatAnotherProcessWrote)
+TEST_F(SettingsContract, ReadsSeeWhatAnotherProcessWrote)
 {
     EXPECT_EQ(suite.object("key"), std::nullopt);
     auto& other = *backend().otherProcess().suite(suiteName);
@@ -85,7 +85,7 @@ TEST_P(SettingsContract, ReadsSeeWhatAnotherProcessWrote)
     EXPECT_EQ(suite.object("key"), std::nullopt);
 }
 
-TEST_P(SettingsContract, AWriteKeepsWhatAnotherProcessWroteToOtherKeys)
+TEST_F(SettingsContract, AWriteKeepsWhatAnotherProcessWroteToOtherKeys)
 {
     suite.set("mine", 1);
     auto& other = *backend().otherProcess().suite(suiteName);
@@ -95,7 +95,7 @@ TEST_P(SettingsContract, AWriteKeepsWhatAnotherProcessWroteToOtherKeys)
     EXPECT_EQ(suite.integer("theirs"), 2);
 }
 
-TEST_P(SettingsContract, ALaunchArgumentGoesBeforeTheOwnValue)
+TEST_F(SettingsContract, ALaunchArgumentGoesBeforeTheOwnValue)
 {
     standard.set("forceBasicAuth", false);
     backend().setLaunchArgument("forceBasicAuth", "1");
@@ -104,7 +104,7 @@ TEST_P(SettingsContract, ALaunchArgumentGoesBeforeTheOwnValue)
     EXPECT_EQ(standard.object("forceBasicAuth"), Value("1"));
 }
 
-TEST_P(SettingsContract, WritingUnderALaunchArgumentStoresTheOwnValue)
+TEST_F(SettingsContract, WritingUnderALaunchArgumentStoresTheOwnValue)
 {
     backend().setLaunchArgument("saveCreds", "1");
     standard.set("saveCreds", 0);
@@ -112,7 +112,7 @@ TEST_P(SettingsContract, WritingUnderALaunchArgumentStoresTheOwnValue)
     EXPECT_EQ(backend().otherProcess().standard().object("saveCreds"), Value(0));
 }
 
-TEST_P(SettingsContract, AnOwnValueGoesBeforeTheDesktopsValue)
+TEST_F(SettingsContract, AnOwnValueGoesBeforeTheDesktopsValue)
 {
     backend().setGlobalValue("AppleInterfaceStyle", "Dark");
     EXPECT_EQ(standard.string("AppleInterfaceStyle"), "Dark");
@@ -122,7 +122,7 @@ TEST_P(SettingsContract, AnOwnValueGoesBeforeTheDesktopsValue)
     EXPECT_EQ(standard.string("AppleInterfaceStyle"), "Dark");
 }
 
-TEST_P(SettingsContract, SuitesSeeNeitherLaunchArgumentsNorTheDesktopsValues)
+TEST_F(SettingsContract, SuitesSeeNeitherLaunchArgumentsNorTheDesktopsValues)
 {
     backend().setLaunchArgument("saveCreds", "1");
     backend().setGlobalValue("AppleInterfaceStyle", "Dark");
@@ -130,7 +130,7 @@ TEST_P(SettingsContract, SuitesSeeNeitherLaunchArgumentsNorTheDesktopsValues)
     EXPECT_EQ(suite.object("AppleInterfaceStyle"), std::nullopt);
 }
 
-TEST_P(SettingsContract, ValuesConvertWhenTheyAreRead)
+TEST_F(SettingsContract, ValuesConvertWhenTheyAreRead)
 {
     suite.set("text", "42 apples");
     suite.set("yes", "YES");

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -22,16 +21,14 @@ public:
     virtual void setGlobalValue(const std::string& key, const Value& value) = 0;
 };
 
-struct SettingsBackend {
-    std::string name;
-    std::function<std::unique_ptr<SettingsFixture>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<SettingsFixture> makeSettingsFixture();
 
 /// What all settings have to do.
-class SettingsContract : public testing::TestWithParam<SettingsBackend> {
+class SettingsContract : public testing::Test {
 protected:
     SettingsContract()
-        : fixture(GetParam().make())
+        : fixture(makeSettingsFixture())
         , settings(fixture->settings())
         , standard(settings.standard())
         , suite(*settings.suite(suiteName))

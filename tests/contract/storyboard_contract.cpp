@@ -23,7 +23,7 @@ void StoryboardContract::showTerms()
 
 // --- Controllers by name
 
-TEST_P(StoryboardContract, OnlyTheStoryboardMainIsThere)
+TEST_F(StoryboardContract, OnlyTheStoryboardMainIsThere)
 {
     EXPECT_NE(fixture->storyboards().storyboard("Main"), nullptr);
     EXPECT_EQ(fixture->storyboards().storyboard("Main"), fixture->storyboards().storyboard("Main"));
@@ -31,7 +31,7 @@ TEST_P(StoryboardContract, OnlyTheStoryboardMainIsThere)
         EXPECT_EQ(fixture->storyboards().storyboard(unknown), nullptr) << unknown;
 }
 
-TEST_P(StoryboardContract, TheInitialControllerIsThatOfTheConfigurationView)
+TEST_F(StoryboardContract, TheInitialControllerIsThatOfTheConfigurationView)
 {
     const auto initial = storyboard().instantiateInitialController();
     ASSERT_NE(initial->window(), nullptr);
@@ -39,7 +39,7 @@ TEST_P(StoryboardContract, TheInitialControllerIsThatOfTheConfigurationView)
     EXPECT_EQ(events(), (Texts{"LoginVC connectOutlets", "LoginVC viewDidLoad"}));
 }
 
-TEST_P(StoryboardContract, AControllerHasItsIdentifierAndAnUnknownOneIsNone)
+TEST_F(StoryboardContract, AControllerHasItsIdentifierAndAnUnknownOneIsNone)
 {
     const auto about = instantiateAbout();
     ASSERT_NE(about, nullptr);
@@ -50,7 +50,7 @@ TEST_P(StoryboardContract, AControllerHasItsIdentifierAndAnUnknownOneIsNone)
     EXPECT_EQ(events().size(), 2U);
 }
 
-TEST_P(StoryboardContract, AWindowWhoseClassNobodyMakesIsShownAllTheSame)
+TEST_F(StoryboardContract, AWindowWhoseClassNobodyMakesIsShownAllTheSame)
 {
     storyboard().setViewControllerFactory([](std::string_view) { return nullptr; });
     showAbout();
@@ -60,7 +60,7 @@ TEST_P(StoryboardContract, AWindowWhoseClassNobodyMakesIsShownAllTheSame)
 
 // --- From loading to closing
 
-TEST_P(StoryboardContract, WhatIsLoadedIsNotOnScreenUntilItIsShown)
+TEST_F(StoryboardContract, WhatIsLoadedIsNotOnScreenUntilItIsShown)
 {
     auto initial = storyboard().instantiateInitialController();
     fixture->settle();
@@ -75,7 +75,7 @@ TEST_P(StoryboardContract, WhatIsLoadedIsNotOnScreenUntilItIsShown)
             "LoginVC viewDidAppear"}));
 }
 
-TEST_P(StoryboardContract, WhatIsDroppedWithoutBeingShownLeavesNothingBehind)
+TEST_F(StoryboardContract, WhatIsDroppedWithoutBeingShownLeavesNothingBehind)
 {
     showInitialWindow();
     instantiateAbout().reset();
@@ -84,7 +84,7 @@ TEST_P(StoryboardContract, WhatIsDroppedWithoutBeingShownLeavesNothingBehind)
     EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
 }
 
-TEST_P(StoryboardContract, AClosedWindowTakesItsControllerAlong)
+TEST_F(StoryboardContract, AClosedWindowTakesItsControllerAlong)
 {
     showInitialWindow();
     showAbout();
@@ -95,7 +95,7 @@ TEST_P(StoryboardContract, AClosedWindowTakesItsControllerAlong)
     EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
 }
 
-TEST_P(StoryboardContract, EachAboutWindowHasAControllerOfItsOwn)
+TEST_F(StoryboardContract, EachAboutWindowHasAControllerOfItsOwn)
 {
     showInitialWindow();
     showAbout();
@@ -110,7 +110,7 @@ TEST_P(StoryboardContract, EachAboutWindowHasAControllerOfItsOwn)
     EXPECT_EQ(std::count(events().begin(), events().end(), "AboutVC ended"), 1);
 }
 
-TEST_P(StoryboardContract, AViewThatAppearsKnowsItsWindow)
+TEST_F(StoryboardContract, AViewThatAppearsKnowsItsWindow)
 {
     auto initial = storyboard().instantiateInitialController();
     const Window* seen = nullptr;
@@ -122,7 +122,7 @@ TEST_P(StoryboardContract, AViewThatAppearsKnowsItsWindow)
 
 // --- Segues
 
-TEST_P(StoryboardContract, TheSeguePresentsTheTermsOverTheWindowThatStays)
+TEST_F(StoryboardContract, TheSeguePresentsTheTermsOverTheWindowThatStays)
 {
     showInitialWindow();
     probe("LoginVC").shownView().performSegue("termsOfUse");
@@ -134,7 +134,7 @@ TEST_P(StoryboardContract, TheSeguePresentsTheTermsOverTheWindowThatStays)
     EXPECT_EQ(fixture->shownText("accept_Button"), "Accept");
 }
 
-TEST_P(StoryboardContract, ADismissedViewIsGoneOnceItsOwnCodeHasRun)
+TEST_F(StoryboardContract, ADismissedViewIsGoneOnceItsOwnCodeHasRun)
 {
     showTerms();
     probe("ToUVC").onAction = [this](Button*) {
@@ -151,7 +151,7 @@ TEST_P(StoryboardContract, ADismissedViewIsGoneOnceItsOwnCodeHasRun)
     EXPECT_EQ(events().back(), "quit_Action");
 }
 
-TEST_P(StoryboardContract, TheTermsCanBePresentedAgain)
+TEST_F(StoryboardContract, TheTermsCanBePresentedAgain)
 {
     for (int round = 0; round < 2; ++round) {
         if (round == 0)
@@ -165,7 +165,7 @@ TEST_P(StoryboardContract, TheTermsCanBePresentedAgain)
     }
 }
 
-TEST_P(StoryboardContract, DismissingAViewThatNoSeguePresentedClosesItsWindow)
+TEST_F(StoryboardContract, DismissingAViewThatNoSeguePresentedClosesItsWindow)
 {
     showInitialWindow();
     showAbout();
@@ -177,7 +177,7 @@ TEST_P(StoryboardContract, DismissingAViewThatNoSeguePresentedClosesItsWindow)
     EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
 }
 
-TEST_P(StoryboardContract, ASegueThatTheStoryboardDoesNotKnowStopsTheProcess)
+TEST_F(StoryboardContract, ASegueThatTheStoryboardDoesNotKnowStopsTheProcess)
 {
     showInitialWindow();
     EXPECT_DEATH(probe("LoginVC").shownView().performSegue("termsofuse"),
@@ -186,7 +186,7 @@ TEST_P(StoryboardContract, ASegueThatTheStoryboardDoesNotKnowStopsTheProcess)
 
 // --- Windows
 
-TEST_P(StoryboardContract, AWindowWithoutClosableIsClosedByItsViewAlone)
+TEST_F(StoryboardContract, AWindowWithoutClosableIsClosedByItsViewAlone)
 {
     record.onWillAppear["ToUVC"]
         = [](View& view) { view.window()->setStyleMask(window_style::fullSizeContentView); };
@@ -201,14 +201,14 @@ TEST_P(StoryboardContract, AWindowWithoutClosableIsClosedByItsViewAlone)
     EXPECT_EQ(windowTitles(), Texts{"Zarn Actions"});
 }
 
-TEST_P(StoryboardContract, AWindowStartsWithTitleAndAllControls)
+TEST_F(StoryboardContract, AWindowStartsWithTitleAndAllControls)
 {
     showInitialWindow();
     EXPECT_EQ(probe("LoginVC").shownView().window()->styleMask(),
         1U | window_style::closable | window_style::miniaturizable | window_style::resizable);
 }
 
-TEST_P(StoryboardContract, AHiddenTitleIsStillTheWindowsTitle)
+TEST_F(StoryboardContract, AHiddenTitleIsStillTheWindowsTitle)
 {
     showInitialWindow();
     auto& window = *probe("LoginVC").shownView().window();
@@ -220,7 +220,7 @@ TEST_P(StoryboardContract, AHiddenTitleIsStillTheWindowsTitle)
     EXPECT_TRUE(fixture->isInFront("Zarn Actions"));
 }
 
-TEST_P(StoryboardContract, AWindowThatIsMadeKeyComesToTheFront)
+TEST_F(StoryboardContract, AWindowThatIsMadeKeyComesToTheFront)
 {
     showInitialWindow();
     showAbout();
@@ -234,7 +234,7 @@ TEST_P(StoryboardContract, AWindowThatIsMadeKeyComesToTheFront)
 
 // --- Views
 
-TEST_P(StoryboardContract, TheContentHasThePreferredSizeOfTheMoment)
+TEST_F(StoryboardContract, TheContentHasThePreferredSizeOfTheMoment)
 {
     showInitialWindow();
     auto& view = probe("LoginVC").shownView();
@@ -244,7 +244,7 @@ TEST_P(StoryboardContract, TheContentHasThePreferredSizeOfTheMoment)
     }
 }
 
-TEST_P(StoryboardContract, AViewHasALayerWhenItWantsOne)
+TEST_F(StoryboardContract, AViewHasALayerWhenItWantsOne)
 {
     showInitialWindow();
     auto& view = probe("LoginVC").shownView();
@@ -255,7 +255,7 @@ TEST_P(StoryboardContract, AViewHasALayerWhenItWantsOne)
     EXPECT_FALSE(view.hasLayer());
 }
 
-TEST_P(StoryboardContract, AnOpaqueLayerIsPaintedInItsGrey)
+TEST_F(StoryboardContract, AnOpaqueLayerIsPaintedInItsGrey)
 {
     showInitialWindow();
     auto& view = probe("LoginVC").shownView();
@@ -268,7 +268,7 @@ TEST_P(StoryboardContract, AnOpaqueLayerIsPaintedInItsGrey)
 
 // --- What stands there before any code sets it
 
-TEST_P(StoryboardContract, TheConfigurationViewStartsInItsInitialState)
+TEST_F(StoryboardContract, TheConfigurationViewStartsInItsInitialState)
 {
     showInitialWindow();
     const struct {
@@ -307,7 +307,7 @@ TEST_P(StoryboardContract, TheConfigurationViewStartsInItsInitialState)
     EXPECT_FALSE(outlets().progressIndicator("spinner_PI")->isAnimating());
 }
 
-TEST_P(StoryboardContract, TheTermsStartWithTheirTwoButtons)
+TEST_F(StoryboardContract, TheTermsStartWithTheirTwoButtons)
 {
     showTerms();
     EXPECT_EQ(fixture->shownText("exit_Button"), "Exit");
@@ -318,7 +318,7 @@ TEST_P(StoryboardContract, TheTermsStartWithTheirTwoButtons)
     EXPECT_EQ(events(), (Texts{"exitOrAccept", "exitOrAccept"}));
 }
 
-TEST_P(StoryboardContract, TheAboutViewStartsWithEmptyTexts)
+TEST_F(StoryboardContract, TheAboutViewStartsWithEmptyTexts)
 {
     showAbout();
     for (const auto* control : {"appName_textfield", "version_textfield", "license_textfield"}) {

@@ -21,7 +21,7 @@ void TextFieldContract::controlTextDidEndEditing(TextField* ended)
 
 // --- The text
 
-TEST_P(TextFieldContract, WhatTheUserTypesIsItsText)
+TEST_F(TextFieldContract, WhatTheUserTypesIsItsText)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     fixture->type("jane & <b>co</b>");
@@ -31,7 +31,7 @@ TEST_P(TextFieldContract, WhatTheUserTypesIsItsText)
     EXPECT_EQ(fixture->shownText("zarnProUsername_textfield"), "jane & <b>co</b>.");
 }
 
-TEST_P(TextFieldContract, ATextFromCodeIsShownAsItIsAndEndsNoEditing)
+TEST_F(TextFieldContract, ATextFromCodeIsShownAsItIsAndEndsNoEditing)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     for (const auto* text : {"Sch\xc3\xb6n & \xe6\x97\xa5", " a ", ""}) {
@@ -42,7 +42,7 @@ TEST_P(TextFieldContract, ATextFromCodeIsShownAsItIsAndEndsNoEditing)
     EXPECT_EQ(events(), Texts{});
 }
 
-TEST_P(TextFieldContract, OnlyTheUsersOwnChangesOfATextAreReported)
+TEST_F(TextFieldContract, OnlyTheUsersOwnChangesOfATextAreReported)
 {
     Texts changes;
     username().setOnChange([&] { changes.push_back(username().stringValue()); });
@@ -56,7 +56,7 @@ TEST_P(TextFieldContract, OnlyTheUsersOwnChangesOfATextAreReported)
     EXPECT_EQ(changes, Texts{"jane"});
 }
 
-TEST_P(TextFieldContract, ASecureFieldHasItsTextAndDoesNotShowIt)
+TEST_F(TextFieldContract, ASecureFieldHasItsTextAndDoesNotShowIt)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProPassword_textfield"));
     fixture->type("s3cret");
@@ -68,7 +68,7 @@ TEST_P(TextFieldContract, ASecureFieldHasItsTextAndDoesNotShowIt)
     EXPECT_EQ(shown.find_first_of("s3cret2"), std::string::npos) << shown;
 }
 
-TEST_P(TextFieldContract, AFieldThatIsNotEditableTakesNoTyping)
+TEST_F(TextFieldContract, AFieldThatIsNotEditableTakesNoTyping)
 {
     username().setStringValue("jane");
     username().setEditable(false);
@@ -82,7 +82,7 @@ TEST_P(TextFieldContract, AFieldThatIsNotEditableTakesNoTyping)
     EXPECT_EQ(username().stringValue(), "janex");
 }
 
-TEST_P(TextFieldContract, AHiddenOrDisabledFieldDoesNotGetTheKeyboard)
+TEST_F(TextFieldContract, AHiddenOrDisabledFieldDoesNotGetTheKeyboard)
 {
     username().setEnabled(false);
     EXPECT_FALSE(username().isEnabled());
@@ -96,7 +96,7 @@ TEST_P(TextFieldContract, AHiddenOrDisabledFieldDoesNotGetTheKeyboard)
 
 // --- End of editing
 
-TEST_P(TextFieldContract, LeavingForAnotherFieldEndsEditingOnce)
+TEST_F(TextFieldContract, LeavingForAnotherFieldEndsEditingOnce)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     fixture->type("jane");
@@ -107,14 +107,14 @@ TEST_P(TextFieldContract, LeavingForAnotherFieldEndsEditingOnce)
     EXPECT_EQ(events(), (Texts{"end username", "end password"}));
 }
 
-TEST_P(TextFieldContract, LeavingForAButtonEndsEditing)
+TEST_F(TextFieldContract, LeavingForAButtonEndsEditing)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     ASSERT_TRUE(fixture->moveFocus("quit_Button"));
     EXPECT_EQ(events(), Texts{"end username"});
 }
 
-TEST_P(TextFieldContract, AnUnchangedTextEndsEditingTheSame)
+TEST_F(TextFieldContract, AnUnchangedTextEndsEditingTheSame)
 {
     username().setStringValue("jane");
     for (int round = 0; round < 2; ++round) {
@@ -124,7 +124,7 @@ TEST_P(TextFieldContract, AnUnchangedTextEndsEditingTheSame)
     EXPECT_EQ(events(), (Texts{"end username", "end username"}));
 }
 
-TEST_P(TextFieldContract, ReturnEndsEditingEachTimeAndPressesNoButton)
+TEST_F(TextFieldContract, ReturnEndsEditingEachTimeAndPressesNoButton)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     fixture->type("jane");
@@ -138,7 +138,7 @@ TEST_P(TextFieldContract, ReturnEndsEditingEachTimeAndPressesNoButton)
     EXPECT_EQ(events(), (Texts{"end username", "end username", "end username"}));
 }
 
-TEST_P(TextFieldContract, LookingIntoAMenuEndsNothing)
+TEST_F(TextFieldContract, LookingIntoAMenuEndsNothing)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     fixture->type("ja");
@@ -148,7 +148,7 @@ TEST_P(TextFieldContract, LookingIntoAMenuEndsNothing)
     EXPECT_EQ(username().stringValue(), "jane");
 }
 
-TEST_P(TextFieldContract, AnAlertEndsNothing)
+TEST_F(TextFieldContract, AnAlertEndsNothing)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     fixture->type("ja");
@@ -161,7 +161,7 @@ TEST_P(TextFieldContract, AnAlertEndsNothing)
     EXPECT_EQ(username().stringValue(), "jane");
 }
 
-TEST_P(TextFieldContract, ADeactivatedWindowEndsNothing)
+TEST_F(TextFieldContract, ADeactivatedWindowEndsNothing)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
     fixture->type("ja");
@@ -173,7 +173,7 @@ TEST_P(TextFieldContract, ADeactivatedWindowEndsNothing)
     EXPECT_EQ(username().stringValue(), "jane");
 }
 
-TEST_P(TextFieldContract, OnlyTheDelegateOfTheMomentIsTold)
+TEST_F(TextFieldContract, OnlyTheDelegateOfTheMomentIsTold)
 {
     username().setDelegate(nullptr);
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
@@ -188,7 +188,7 @@ TEST_P(TextFieldContract, OnlyTheDelegateOfTheMomentIsTold)
 
 // --- The keyboard focus from code
 
-TEST_P(TextFieldContract, AFirstResponderGetsWhatIsTyped)
+TEST_F(TextFieldContract, AFirstResponderGetsWhatIsTyped)
 {
     username().makeFirstResponder();
     fixture->settle();
@@ -197,7 +197,7 @@ TEST_P(TextFieldContract, AFirstResponderGetsWhatIsTyped)
     EXPECT_EQ(events(), Texts{});
 }
 
-TEST_P(TextFieldContract, CodeThatMovesTheFocusEndsEditingInTheFieldThatLosesIt)
+TEST_F(TextFieldContract, CodeThatMovesTheFocusEndsEditingInTheFieldThatLosesIt)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProPassword_textfield"));
     fixture->type("s3cret");
@@ -209,7 +209,7 @@ TEST_P(TextFieldContract, CodeThatMovesTheFocusEndsEditingInTheFieldThatLosesIt)
     EXPECT_EQ(events(), Texts{"end password"});
 }
 
-TEST_P(TextFieldContract, AHiddenFieldThatIsMadeFirstResponderHasTheFocusOnceItIsShown)
+TEST_F(TextFieldContract, AHiddenFieldThatIsMadeFirstResponderHasTheFocusOnceItIsShown)
 {
     auto& name = field("displayName_TextField");
     ASSERT_TRUE(name.isHidden());

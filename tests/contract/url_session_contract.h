@@ -38,19 +38,17 @@ public:
     virtual bool runUntil(const std::function<bool()>& done) = 0;
 };
 
-struct UrlSessionBackendFactory {
-    std::string name;
-    std::function<std::unique_ptr<UrlSessionBackend>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<UrlSessionBackend> makeUrlSessionBackend();
 
 /// What every kind of URL session has to do.
-class UrlSessionContract : public testing::TestWithParam<UrlSessionBackendFactory> {
+class UrlSessionContract : public testing::Test {
 protected:
     std::shared_ptr<UrlSession> makeSession(const HttpHeaders& headers = {});
     /// Sends and waits; nothing when no response came or the completion did not run.
     std::optional<HttpResponse> send(const UrlRequest& request, const HttpHeaders& headers = {});
 
-    std::unique_ptr<UrlSessionBackend> backend = GetParam().make();
+    std::unique_ptr<UrlSessionBackend> backend = makeUrlSessionBackend();
     UrlSessionDelegate delegate;
 };
 

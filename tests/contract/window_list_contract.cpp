@@ -16,18 +16,18 @@ std::vector<std::string> WindowListContract::listed()
     return result;
 }
 
-TEST_P(WindowListContract, AScreenWithoutWindowsHasAnEmptyListAndNotNone)
+TEST_F(WindowListContract, AScreenWithoutWindowsHasAnEmptyListAndNotNone)
 {
     EXPECT_EQ(listed(), Texts{});
 }
 
-TEST_P(WindowListContract, AWindowIsListedWithItsOwnerAndItsName)
+TEST_F(WindowListContract, AWindowIsListedWithItsOwnerAndItsName)
 {
     fixture->open("Zarn Print Desk", "About");
     EXPECT_EQ(listed(), Texts{"Zarn Print Desk/About"});
 }
 
-TEST_P(WindowListContract, TheFrontWindowComesFirst)
+TEST_F(WindowListContract, TheFrontWindowComesFirst)
 {
     fixture->open("Editor", "First");
     fixture->open("Terminal", "Second");
@@ -35,7 +35,7 @@ TEST_P(WindowListContract, TheFrontWindowComesFirst)
     EXPECT_EQ(listed(), (Texts{"Editor/Third", "Terminal/Second", "Editor/First"}));
 }
 
-TEST_P(WindowListContract, AClosedWindowIsNotListedAnyMore)
+TEST_F(WindowListContract, AClosedWindowIsNotListedAnyMore)
 {
     fixture->open("Editor", "Stays");
     fixture->open("Editor", "Goes");
@@ -43,7 +43,7 @@ TEST_P(WindowListContract, AClosedWindowIsNotListedAnyMore)
     EXPECT_EQ(listed(), Texts{"Editor/Stays"});
 }
 
-TEST_P(WindowListContract, NamesBeyondAsciiAreUtf8)
+TEST_F(WindowListContract, NamesBeyondAsciiAreUtf8)
 {
     fixture->open("Sch\xc3\xb6n", "\xe6\x97\xa5\xe6\x9c\xac");
     EXPECT_EQ(listed(), Texts{"Sch\xc3\xb6n/\xe6\x97\xa5\xe6\x9c\xac"});

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 
@@ -21,18 +20,16 @@ public:
     virtual void close(const std::string& title) = 0;
 };
 
-struct WindowListBackend {
-    std::string name;
-    std::function<std::unique_ptr<WindowListFixture>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<WindowListFixture> makeWindowListFixture();
 
 /// What every list of windows has to do.
-class WindowListContract : public testing::TestWithParam<WindowListBackend> {
+class WindowListContract : public testing::Test {
 protected:
     /// "owner/title" of each record, "-" for what is missing.
     std::vector<std::string> listed();
 
-    std::unique_ptr<WindowListFixture> fixture = GetParam().make();
+    std::unique_ptr<WindowListFixture> fixture = makeWindowListFixture();
 };
 
 } // namespace zarn

@@ -5,7 +5,6 @@
 
 #include <gtest/gtest.h>
 
-#include <functional>
 #include <memory>
 #include <string>
 #include <vector>
@@ -21,13 +20,11 @@ public:
     virtual std::vector<std::string> opened(std::size_t count) = 0;
 };
 
-struct WorkspaceBackend {
-    std::string name;
-    std::function<std::unique_ptr<WorkspaceFixture>()> make;
-};
+/// Made by the backend that this is linked with.
+std::unique_ptr<WorkspaceFixture> makeWorkspaceFixture();
 
 /// What every workspace has to do.
-class WorkspaceContract : public testing::TestWithParam<WorkspaceBackend> {
+class WorkspaceContract : public testing::Test {
 protected:
     void openUrl(const std::string& address)
     {
@@ -35,7 +32,7 @@ protected:
         ASSERT_TRUE(url) << address;
         fixture->workspace().openUrl(*url);
     }
-    std::unique_ptr<WorkspaceFixture> fixture = GetParam().make();
+    std::unique_ptr<WorkspaceFixture> fixture = makeWorkspaceFixture();
 };
 
 } // namespace zarn

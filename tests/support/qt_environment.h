@@ -12,17 +12,23 @@
 
 namespace zarn::linux_backend {
 
-/// The toolkit's application object around all tests of a program.
+/// The toolkit's application object.
+class TestGuiApplication {
+private:
+    char m_name[13] = "desktop_test";
+    int m_count = 1;
+    char* m_values[2] = {m_name, nullptr};
+    QGuiApplication m_application{m_count, m_values};
+};
+
+/// The same around all tests of a program.
 class QtEnvironment final : public testing::Environment {
 public:
-    void SetUp() override { m_application = std::make_unique<QGuiApplication>(m_count, m_values); }
+    void SetUp() override { m_application = std::make_unique<TestGuiApplication>(); }
     void TearDown() override { m_application.reset(); }
 
 private:
-    char m_name[16] = "desktop_test";
-    int m_count = 1;
-    char* m_values[2] = {m_name, nullptr};
-    std::unique_ptr<QGuiApplication> m_application;
+    std::unique_ptr<TestGuiApplication> m_application;
 };
 
 /// Handles events until `done` answers true, at most 10 s. Answers what `done` last did.

@@ -3,6 +3,7 @@
 
 #include "platform/linux/ui/qt_widgets.h"
 #include "tests/support/qt_environment.h"
+#include "tests/support/window_manager_environment.h"
 
 #include <QAbstractItemView>
 #include <QAccessible>
@@ -20,6 +21,24 @@
 namespace zarn::linux_backend {
 
 namespace {
+
+const auto* const environment = testing::AddGlobalTestEnvironment(new WindowManagerEnvironment);
+
+struct Owned {
+    char name[14] = "contract_test";
+    char* arguments[2] = {name, nullptr};
+    int count = 1;
+    QtApplication application{count, arguments, [](const std::string&) {}};
+    QtAlertRunner alerts{[this] { return application.isEnding(); }};
+};
+
+class OwningAlertFixture final : Owned, public QtAlertFixture {
+public:
+    OwningAlertFixture()
+        : QtAlertFixture(alerts)
+    {
+    }
+};
 
 QString toQt(std::string_view text)
 {
@@ -304,3 +323,17 @@ int QtScreenFixture::layerGrey()
 }
 
 } // namespace zarn::linux_backend
+
+namespace zarn {
+
+std::unique_ptr<AlertFixture> makeAlertFixture()
+{
+    return std::make_unique<linux_backend::OwningAlertFixture>();
+}
+
+std::unique_ptr<ScreenFixture> makeScreenFixture()
+{
+    return std::make_unique<linux_backend::QtScreenFixture>();
+}
+
+} // namespace zarn

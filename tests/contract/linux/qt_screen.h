@@ -66,9 +66,4 @@ private:
     bool m_isRunning = false;
 };
 
-inline ScreenBackend qtScreen()
-{
-    return {"qt", [] { return std::make_unique<QtScreenFixture>(); }};
-}
-
 } // namespace zarn::linux_backend

@@ -1,13 +1,103 @@
 // SPDX-License-Identifier: MIT
-#include "tests/contract/memory/memory_screen.h"
+// The user of the screen in memory.
+#include "platform/memory/memory_platform.h"
+#include "tests/contract/screen_contract.h"
 
 #include <cmath>
+#include <utility>
 
 namespace zarn {
-
 namespace {
+
 constexpr const char* switchedAway = "switched to another program";
-}
+
+class MemoryAlertFixture : public AlertFixture {
+public:
+    explicit MemoryAlertFixture(memory::MemoryAlertRunner& runner)
+        : m_runner(runner)
+    {
+    }
+    AlertRunner& runner() override { return m_runner; }
+    void whenOpen(std::function<void()> act) override
+    {
+        m_runner.whileOpen = [this, act = std::move(act)] {
+            const auto once = act;
+            m_runner.whileOpen = nullptr;
+            once();
+        };
+    }
+    bool isOpen() const override { return m_runner.isOpen(); }
+    bool press(std::string_view title) override { return m_runner.press(title); }
+    void pressKey(std::string_view key) override { (void)m_runner.pressKey(key); }
+    void pressEscape() override { m_runner.leave(); }
+    void closeWindow() override { m_runner.leave(); }
+    std::vector<std::string> texts() const override
+    {
+        const auto& alert = m_runner.shown.back();
+        if (alert.messageText.empty())
+            return {alert.informativeText};
+        return {alert.messageText, alert.informativeText};
+    }
+    std::vector<std::string> buttons() const override
+    {
+        std::vector<std::string> titles;
+        for (const auto& button : m_runner.shown.back().buttons)
+            titles.push_back(button.title);
+        return titles;
+    }
+
+private:
+    memory::MemoryAlertRunner& m_runner;
+};
+
+struct OwnedAlerts {
+    std::vector<std::string> events;
+    memory::MemoryAlertRunner alerts{events};
+};
+
+class OwningAlertFixture final : OwnedAlerts, public MemoryAlertFixture {
+public:
+    OwningAlertFixture()
+        : MemoryAlertFixture(alerts)
+    {
+    }
+};
+
+class MemoryScreenFixture final : public ScreenFixture {
+public:
+    Application& application() override { return m_platform.application; }
+    Storyboards& storyboards() override { return m_platform.storyboards; }
+    AlertFixture& alerts() override { return m_alerts; }
+    int run(ApplicationDelegate& delegate, std::vector<std::function<void()>> steps) override;
+    void settle() override { main().endDismissed(); }
+
+    bool click(std::string_view button) override;
+    bool choose(std::string_view title, bool withOption) override;
+    bool moveFocus(std::string_view control) override;
+    bool lookIntoMenu() override { return !main().windows().empty(); }
+    bool chooseMenuItem(std::string_view title) override;
+    bool switchToOtherProgram() override;
+    bool comeBack() override;
+    bool closeWindow(std::string_view title) override { return main().closeByUser(title); }
+    bool clickLink(std::string_view textView, std::string_view text) override;
+    void type(std::string_view text) override { front().typeKeys(text); }
+    void pressReturn() override { front().pressReturn(); }
+
+    bool isShown(std::string_view control) override;
+    std::string shownText(std::string_view control) override;
+    bool isInFront(std::string_view title) override;
+    std::pair<int, int> contentSize() override;
+    int layerGrey() override;
+    std::vector<std::string> openedLinks() override { return m_openedLinks; }
+
+private:
+    memory::MemoryStoryboard& main() { return m_platform.storyboards.main; }
+    memory::MemoryWindowController& front();
+
+    memory::MemoryPlatform m_platform;
+    MemoryAlertFixture m_alerts{m_platform.alertRunner};
+    std::vector<std::string> m_openedLinks;
+};
 
 memory::MemoryWindowController& MemoryScreenFixture::front()
 {
@@ -128,6 +218,18 @@ int MemoryScreenFixture::layerGrey()
 {
     const auto& view = front().view;
     return view.alpha == 1 ? static_cast<int>(std::lround(view.greyLevel * 255)) : -1;
+}
+
+} // namespace
+
+std::unique_ptr<AlertFixture> makeAlertFixture()
+{
+    return std::make_unique<OwningAlertFixture>();
+}
+
+std::unique_ptr<ScreenFixture> makeScreenFixture()
+{
+    return std::make_unique<MemoryScreenFixture>();
 }
 
 } // namespace zarn

@@ -1,32 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/text/icu_text.h"
-#include "tests/contract/date_formatter_contract.h"
+
 #include "tests/support/scoped_variable.h"
+
+#include <gtest/gtest.h>
 
 #include <thread>
 #include <vector>
 
-namespace zarn {
+namespace zarn::linux_backend {
 namespace {
-
-class LinuxFixture final : public DateFormatterFixture {
-public:
-    DateFormatter& formatter() override { return m_formatter; }
-    void setHoursFromUtc(int hours) override
-    {
-        // The sign of POSIX: hours to add to reach UTC.
-        m_zone.set("ZRN" + std::to_string(-hours));
-    }
-
-private:
-    ScopedVariable m_locale{"LC_ALL", "C"};
-    ScopedVariable m_zone{"TZ", "UTC"};
-    linux_backend::IcuDateFormatter m_formatter;
-};
-
-INSTANTIATE_TEST_SUITE_P(Linux, DateFormatterContract,
-    testing::Values(
-        DateFormatterBackend{"linux", [] { return std::make_unique<LinuxFixture>(); }}));
 
 constexpr Date saturday{1740824100};
 
@@ -34,7 +17,7 @@ TEST(IcuDateFormatter, KnowsZonesByNameAndTheirSummerTime)
 {
     const ScopedVariable locale("LC_ALL", "C");
     const ScopedVariable zone("TZ", "Europe/Berlin");
-    const linux_backend::IcuDateFormatter formatter;
+    const IcuDateFormatter formatter;
     EXPECT_EQ(formatter.string(saturday, "HH:mm"), "11:15");
     EXPECT_EQ(formatter.string(Date{1751364900}, "HH:mm"), "12:15");
 }
@@ -43,10 +26,10 @@ TEST(IcuDateFormatter, SpeaksTheUsersLanguage)
 {
     const ScopedVariable zone("TZ", "UTC");
     ScopedVariable locale("LC_ALL", "de_DE.UTF-8");
-    EXPECT_EQ(linux_backend::IcuDateFormatter().string(saturday, "E MMM dd"), "Sa. März 01");
+    EXPECT_EQ(IcuDateFormatter().string(saturday, "E MMM dd"), "Sa. März 01");
     locale.set("");
     const ScopedVariable time("LC_TIME", "fr_FR.UTF-8");
-    EXPECT_EQ(linux_backend::IcuDateFormatter().string(saturday, "E MMM dd"), "sam. mars 01");
+    EXPECT_EQ(IcuDateFormatter().string(saturday, "E MMM dd"), "sam. mars 01");
 }
 
 TEST(IcuDateFormatter, SpeaksEnglishInThePlainLocale)
@@ -54,8 +37,7 @@ TEST(IcuDateFormatter, SpeaksEnglishInThePlainLocale)
     const ScopedVariable zone("TZ", "UTC");
     for (const char* name : {"C", "POSIX", "C.UTF-8"}) {
         const ScopedVariable locale("LC_ALL", name);
-        EXPECT_EQ(linux_backend::IcuDateFormatter().string(saturday, "E MMM dd HH:mm:ss"),
-            "Sat Mar 01 10:15:00");
+        EXPECT_EQ(IcuDateFormatter().string(saturday, "E MMM dd HH:mm:ss"), "Sat Mar 01 10:15:00");
     }
 }
 
@@ -63,7 +45,7 @@ TEST(IcuDateFormatter, MayBeUsedByManyThreads)
 {
     const ScopedVariable locale("LC_ALL", "C");
     const ScopedVariable zone("TZ", "UTC");
-    const linux_backend::IcuDateFormatter formatter;
+    const IcuDateFormatter formatter;
     std::vector<std::thread> threads;
     std::vector<int> wrong(4, 0);
     for (std::size_t i = 0; i < wrong.size(); ++i)
@@ -79,4 +61,4 @@ TEST(IcuDateFormatter, MayBeUsedByManyThreads)
 }
 
 } // namespace
-} // namespace zarn
+} // namespace zarn::linux_backend

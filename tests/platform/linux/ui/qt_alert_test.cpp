@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_alert.h"
+
 #include "platform/linux/ui/qt_application.h"
 #include "tests/contract/linux/qt_alerts.h"
-#include "tests/support/window_manager_environment.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -11,39 +11,15 @@
 #include <QScreen>
 #include <QTest>
 
-namespace zarn {
+namespace zarn::linux_backend {
 namespace {
-
-using namespace linux_backend;
-
-const auto* const environment = testing::AddGlobalTestEnvironment(new WindowManagerEnvironment);
-
-struct Owned {
-    char name[14] = "contract_test";
-    char* arguments[2] = {name, nullptr};
-    int count = 1;
-    QtApplication application{count, arguments, [](const std::string&) {}};
-    QtAlertRunner alerts{[this] { return application.isEnding(); }};
-};
-
-class OwningAlertFixture final : Owned, public QtAlertFixture {
-public:
-    OwningAlertFixture()
-        : QtAlertFixture(alerts)
-    {
-    }
-};
-
-INSTANTIATE_TEST_SUITE_P(Qt, AlertContract,
-    testing::Values(AlertBackend{"qt", [] { return std::make_unique<OwningAlertFixture>(); }}),
-    [](const auto& backend) { return backend.param.name; });
 
 TEST(QtAlertTest, BothTextsCanBeSelectedAndCopied)
 {
-    OwningAlertFixture fixture;
+    const auto fixture = makeAlertFixture();
     const Alert alert{"The header", "The message", AlertStyle::Warning, {{"OK", ""}}};
     std::vector<std::string> copied;
-    fixture.whenOpen([&] {
+    fixture->whenOpen([&] {
         for (auto* label : openAlert()->findChildren<QLabel*>()) {
             if (label->text().isEmpty())
                 continue;
@@ -52,9 +28,9 @@ TEST(QtAlertTest, BothTextsCanBeSelectedAndCopied)
             QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
             copied.push_back(QApplication::clipboard()->text().toStdString());
         }
-        fixture.press("OK");
+        fixture->press("OK");
     });
-    fixture.runner().runModal(alert);
+    fixture->runner().runModal(alert);
     EXPECT_EQ(copied, (std::vector<std::string>{"The header", "The message"}));
 }
 
@@ -69,21 +45,21 @@ TEST(QtAlertTest, WhateverItSaysItStaysOnTheScreenWithItsButtons)
         lines += "x\n";
         words += "two ";
     }
-    OwningAlertFixture fixture;
+    const auto fixture = makeAlertFixture();
     for (const auto& text : {std::string(longest, 'x'), std::string(300, 'W'), emoji, lines, words,
              std::string(longest, ' ')}) {
         const auto message = text + " was successfully set";
         const Alert alert{"", message, AlertStyle::Warning, {{"OK", "\r"}, {"Quit", "v"}}};
         bool isPressed = false;
-        fixture.whenOpen([&] {
+        fixture->whenOpen([&] {
             const auto screen = openAlert()->screen()->availableGeometry();
             EXPECT_TRUE(screen.contains(openAlert()->frameGeometry()))
                 << openAlert()->width() << " x " << openAlert()->height();
-            EXPECT_EQ(fixture.texts(), std::vector<std::string>{message});
-            EXPECT_EQ(fixture.buttons(), (std::vector<std::string>{"OK", "Quit"}));
-            isPressed = fixture.press("Quit");
+            EXPECT_EQ(fixture->texts(), std::vector<std::string>{message});
+            EXPECT_EQ(fixture->buttons(), (std::vector<std::string>{"OK", "Quit"}));
+            isPressed = fixture->press("Quit");
         });
-        EXPECT_EQ(fixture.runner().runModal(alert), alertSecondButtonReturn);
+        EXPECT_EQ(fixture->runner().runModal(alert), alertSecondButtonReturn);
         EXPECT_TRUE(isPressed);
     }
 }
@@ -91,9 +67,9 @@ TEST(QtAlertTest, WhateverItSaysItStaysOnTheScreenWithItsButtons)
 TEST(QtAlertTest, AnAddressIsCopiedAsItIs)
 {
     const auto address = "https://" + std::string(100, 'a') + ".example";
-    OwningAlertFixture fixture;
+    const auto fixture = makeAlertFixture();
     std::string copied;
-    fixture.whenOpen([&] {
+    fixture->whenOpen([&] {
         for (auto* label : openAlert()->findChildren<QLabel*>()) {
             if (label->text().isEmpty())
                 continue;
@@ -102,9 +78,9 @@ TEST(QtAlertTest, AnAddressIsCopiedAsItIs)
             QTest::keyClick(label, Qt::Key_C, Qt::ControlModifier);
             copied = QApplication::clipboard()->text().toStdString();
         }
-        fixture.press("OK");
+        fixture->press("OK");
     });
-    fixture.runner().runModal({"", address, AlertStyle::Warning, {{"OK", ""}}});
+    fixture->runner().runModal({"", address, AlertStyle::Warning, {{"OK", ""}}});
     EXPECT_EQ(copied, address);
 }
 
@@ -122,4 +98,4 @@ TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndAnswersAsEscapeWould)
 }
 
 } // namespace
-} // namespace zarn
+} // namespace zarn::linux_backend

@@ -1,36 +1,26 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/posix_services.h"
-#include "tests/contract/file_manager_contract.h"
+
 #include "tests/support/scratch_folder.h"
 
+#include <gtest/gtest.h>
+
+#include <ctime>
 #include <fstream>
-#include <sstream>
 
 #include <sys/stat.h>
 #include <unistd.h>
 
-namespace zarn {
+namespace zarn::linux_backend {
 namespace {
 
-using linux_backend::PosixFileManager;
-
-class LinuxFixture final : public FileManagerFixture {
-public:
-    FileManager& fileManager() override { return m_files; }
-    std::string contentsOf(const std::string& path) override
-    {
-        std::stringstream text;
-        text << std::ifstream(path).rdbuf();
-        return text.str();
-    }
-
-private:
-    const ScratchFolder m_scratch;
-    PosixFileManager m_files{m_scratch.path()};
-};
-
-INSTANTIATE_TEST_SUITE_P(Linux, FileManagerContract,
-    testing::Values(FileManagerBackend{"linux", [] { return std::make_unique<LinuxFixture>(); }}));
+TEST(SystemClock, IsTheSystemsClock)
+{
+    const auto before = std::time(nullptr);
+    const auto now = SystemClock().now().secondsSince1970;
+    EXPECT_GE(now, static_cast<double>(before) - 1);
+    EXPECT_LE(now, static_cast<double>(std::time(nullptr)) + 1);
+}
 
 class PosixFiles : public testing::Test {
 protected:
@@ -105,4 +95,4 @@ TEST_F(PosixFiles, AnErrorReadsLikeTheSystemsOwn)
 }
 
 } // namespace
-} // namespace zarn
+} // namespace zarn::linux_backend

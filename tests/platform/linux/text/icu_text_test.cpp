@@ -1,16 +1,17 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/text/icu_text.h"
-#include "tests/contract/text_services_contract.h"
+
 #include "tests/support/scoped_variable.h"
+
+#include <gtest/gtest.h>
 
 #include <algorithm>
 #include <chrono>
 #include <random>
 
-namespace zarn {
+namespace zarn::linux_backend {
 namespace {
 
-using linux_backend::IcuTextServices;
 using Words = std::vector<std::string>;
 
 /// The locale counts when the order is first asked for.
@@ -21,11 +22,6 @@ std::unique_ptr<TextServices> inLocale(const std::string& name)
     texts->localizedCompare("a", "b");
     return texts;
 }
-
-INSTANTIATE_TEST_SUITE_P(Plain, TextServicesContract,
-    testing::Values(TextServicesBackend{"plain", [] { return inLocale("C"); }}));
-INSTANTIATE_TEST_SUITE_P(English, TextServicesContract,
-    testing::Values(TextServicesBackend{"english", [] { return inLocale("en_US.UTF-8"); }}));
 
 Words sortedIn(const std::string& locale, Words words)
 {
@@ -97,4 +93,4 @@ TEST(IcuTextServices, APageOf16MebibytesIsSearched)
 }
 
 } // namespace
-} // namespace zarn
+} // namespace zarn::linux_backend

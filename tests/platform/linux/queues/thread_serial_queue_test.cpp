@@ -1,20 +1,14 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/queues/thread_serial_queue.h"
-#include "tests/contract/serial_queue_contract.h"
+
+#include <gtest/gtest.h>
 
 #include <future>
 
 #include <sys/resource.h>
 #include <unistd.h>
 
-namespace zarn {
-
-INSTANTIATE_TEST_SUITE_P(Linux, SerialQueueContract,
-    testing::Values(SerialQueueBackend{
-        "thread", [] { return std::make_unique<linux_backend::ThreadSerialQueues>(); }}),
-    [](const auto& backend) { return backend.param.name; });
-
-namespace linux_backend {
+namespace zarn::linux_backend {
 namespace {
 
 using namespace std::chrono_literals;
@@ -69,5 +63,4 @@ TEST(ThreadSerialQueue, DestructionGivesUpOnWorkThatDoesNotEnd)
 }
 
 } // namespace
-} // namespace linux_backend
-} // namespace zarn
+} // namespace zarn::linux_backend

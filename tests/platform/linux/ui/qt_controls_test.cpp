@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
-#include "tests/contract/controls_contract.h"
-#include "tests/contract/linux/qt_screen.h"
+#include "platform/linux/ui/qt_controls.h"
+
+#include "tests/contract/screen_contract.h"
 #include "tests/support/machine_wait.h"
-#include "tests/support/window_manager_environment.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -12,21 +12,8 @@
 #include <chrono>
 #include <cstdio>
 
-namespace zarn {
+namespace zarn::linux_backend {
 namespace {
-
-using namespace linux_backend;
-
-const auto* const environment = testing::AddGlobalTestEnvironment(new WindowManagerEnvironment);
-
-std::string nameOf(const testing::TestParamInfo<ScreenBackend>& backend)
-{
-    return backend.param.name;
-}
-
-INSTANTIATE_TEST_SUITE_P(Qt, ControlsContract, testing::Values(qtScreen()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Qt, TextFieldContract, testing::Values(qtScreen()), nameOf);
-INSTANTIATE_TEST_SUITE_P(Qt, PopUpButtonContract, testing::Values(qtScreen()), nameOf);
 
 #if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
 constexpr double pasteLimitMs = 5000;
@@ -77,7 +64,7 @@ private:
     double m_slowest = 0;
 };
 
-TEST_P(TypedText, EveryFieldHoldsExactlyWhatIsPasted)
+TEST_F(TypedText, EveryFieldHoldsExactlyWhatIsPasted)
 {
     QString controls;
     for (char16_t letter = 0; letter < 0x20; ++letter)
@@ -100,7 +87,7 @@ TEST_P(TypedText, EveryFieldHoldsExactlyWhatIsPasted)
     EXPECT_EQ(pasted, 4 * 14);
 }
 
-TEST_P(TypedText, TenMegabytesAreCutToWhatAFieldHoldsAtOnce)
+TEST_F(TypedText, TenMegabytesAreCutToWhatAFieldHoldsAtOnce)
 {
     constexpr qsizetype held = 32767;
     const QString text(10'000'000, 'y');
@@ -117,7 +104,7 @@ TEST_P(TypedText, TenMegabytesAreCutToWhatAFieldHoldsAtOnce)
     }
 }
 
-TEST_P(TypedText, APasswordIsNeitherShownNorCopied)
+TEST_F(TypedText, APasswordIsNeitherShownNorCopied)
 {
     QApplication::clipboard()->setText("before");
     paste("zarnProPassword_textfield", "s3cret");
@@ -130,7 +117,5 @@ TEST_P(TypedText, APasswordIsNeitherShownNorCopied)
     }
 }
 
-INSTANTIATE_TEST_SUITE_P(Qt, TypedText, testing::Values(qtScreen()), nameOf);
-
 } // namespace
-} // namespace zarn
+} // namespace zarn::linux_backend

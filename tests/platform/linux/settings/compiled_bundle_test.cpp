@@ -1,16 +1,12 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/settings/compiled_bundle.h"
-#include "tests/contract/bundle_contract.h"
 
 #include "zarn/product_constants.h"
 
-namespace zarn {
+#include <gtest/gtest.h>
+
+namespace zarn::linux_backend {
 namespace {
-
-using linux_backend::CompiledBundle;
-
-INSTANTIATE_TEST_SUITE_P(Linux, BundleContract,
-    testing::Values(BundleBackend{"linux", [] { return std::make_unique<CompiledBundle>(); }}));
 
 TEST(CompiledBundle, IsTheProgramOfThisBuild)
 {
@@ -25,7 +21,7 @@ TEST(CompiledBundle, IsTheProgramOfThisBuild)
 
 TEST(CompiledBundle, HasEveryTextOfTheProduct)
 {
-    const auto texts = linux_backend::compiledProductTexts();
+    const auto texts = compiledProductTexts();
     EXPECT_EQ(texts.updateCheckPageUrl, product::updateCheckPageUrl);
     EXPECT_TRUE(texts.updateCheckPageUrl.starts_with("https://")) << texts.updateCheckPageUrl;
     EXPECT_EQ(texts.feedbackAddress, product::feedbackAddress);
@@ -38,4 +34,4 @@ TEST(CompiledBundle, HasEveryTextOfTheProduct)
 }
 
 } // namespace
-} // namespace zarn
+} // namespace zarn::linux_backend
