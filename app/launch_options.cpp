@@ -6,8 +6,8 @@ namespace zarn {
 const std::string_view launchHelp = R"(Usage: zarn-actions [OPTION]... [-KEY VALUE]...
 Registers Zarn Pro servers and their credentials for your automation actions.
 
-  --help              print this text and end
-  --version           print the version and end
+  -h, --help          print this text and end
+  -V, --version       print the version and end
   --diagnose          check where settings, log and keychain are kept, and whether they can be
                       written and read; needs no display; exit code 0 only if all is well
   --keychain=secret-service
@@ -52,9 +52,9 @@ Result<LaunchOptions> parseLaunchOptions(const std::vector<std::string>& argumen
     LaunchOptions options;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string_view argument = arguments[i];
-        if (argument == "--help") {
+        if (argument == "--help" || argument == "-h") {
             options.task = LaunchOptions::Task::Help;
-        } else if (argument == "--version") {
+        } else if (argument == "--version" || argument == "-V") {
             options.task = LaunchOptions::Task::Version;
         } else if (argument == "--diagnose") {
             options.task = LaunchOptions::Task::Diagnose;

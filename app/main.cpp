@@ -12,15 +12,24 @@ namespace {
 using zarn::LaunchOptions;
 using zarn::linux_backend::LinuxPlatform;
 
-int printed(std::string_view text)
-{
-    const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-    return std::fflush(stdout) == 0 && isWritten ? EXIT_SUCCESS : EXIT_FAILURE;
-}
-
 void complain(const std::string& line)
 {
     std::fprintf(stderr, "zarn-actions: %s\n", line.c_str());
+}
+
+/// The exit code of something that printed: a failure when the text did not get out.
+int afterPrinting(int result)
+{
+    if (std::fflush(stdout) == 0 && !std::ferror(stdout))
+        return result;
+    complain("standard output cannot be written");
+    return EXIT_FAILURE;
+}
+
+int printed(std::string_view text)
+{
+    std::fwrite(text.data(), 1, text.size(), stdout);
+    return afterPrinting(EXIT_SUCCESS);
 }
 
 int runWindow(const LinuxPlatform::Options& options)
@@ -60,7 +69,7 @@ int main(int argc, char** argv)
     case LaunchOptions::Task::Version:
         return printed(LinuxPlatform::versionLine());
     case LaunchOptions::Task::Diagnose:
-        return LinuxPlatform::diagnose(platformOptions);
+        return afterPrinting(LinuxPlatform::diagnose(platformOptions));
     case LaunchOptions::Task::Run:
         break;
     }

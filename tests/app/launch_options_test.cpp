@@ -26,8 +26,8 @@ TEST(LaunchOptionsTest, WithoutArgumentsTheProgramRuns)
 
 TEST(LaunchOptionsTest, EachOptionNamesItsTask)
 {
-    const std::pair<const char*, Task> table[]
-        = {{"--help", Task::Help}, {"--version", Task::Version}, {"--diagnose", Task::Diagnose}};
+    const std::pair<const char*, Task> table[] = {{"--help", Task::Help}, {"-h", Task::Help},
+        {"--version", Task::Version}, {"-V", Task::Version}, {"--diagnose", Task::Diagnose}};
     for (const auto& [option, task] : table) {
         const auto parsed = parseLaunchOptions({option});
         ASSERT_TRUE(parsed) << option;
@@ -57,10 +57,12 @@ TEST(LaunchOptionsTest, KeysAndValuesAreForTheSettings)
 
 TEST(LaunchOptionsTest, AValueMayLookLikeAnOption)
 {
-    const auto parsed = parseLaunchOptions({"-number", "-5", "-text", "--help", "-empty", ""});
+    const auto parsed
+        = parseLaunchOptions({"-number", "-5", "-text", "--help", "-short", "-V", "-empty", ""});
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed.value().task, Task::Run);
-    EXPECT_EQ(parsed.value().settings, (Texts{"-number", "-5", "-text", "--help", "-empty", ""}));
+    EXPECT_EQ(parsed.value().settings,
+        (Texts{"-number", "-5", "-text", "--help", "-short", "-V", "-empty", ""}));
 }
 
 TEST(LaunchOptionsTest, WhatIsUnknownIsRefusedByName)
@@ -94,9 +96,9 @@ TEST(LaunchOptionsTest, ARefusalIsOneShortLine)
 
 TEST(LaunchOptionsTest, TheHelpNamesEveryOptionAndTheChoiceOfKeychain)
 {
-    for (const std::string_view text :
-        {"--help", "--version", "--diagnose", "--keychain=secret-service", "--keychain=file",
-            "-KEY VALUE", "one line on standard error says so", "protected by file permissions"})
+    for (const std::string_view text : {"-h, --help", "-V, --version", "--diagnose",
+             "--keychain=secret-service", "--keychain=file", "-KEY VALUE",
+             "one line on standard error says so", "protected by file permissions"})
         EXPECT_NE(launchHelp.find(text), std::string_view::npos) << text;
     EXPECT_TRUE(launchHelp.starts_with("Usage: zarn-actions [OPTION]... [-KEY VALUE]...\n"));
     EXPECT_EQ(launchHelp.find("secure"), std::string_view::npos);

@@ -130,9 +130,18 @@ class OptionsTest(ProcessTest):
             self.assertEqual((done.returncode, done.stderr), (0, ""))
             self.assertTrue(done.stdout)
 
-    def test_a_full_standard_output_is_a_failure(self):
+    def test_a_full_standard_output_is_a_failure_that_is_reported(self):
         with open("/dev/full", "w", encoding="ascii") as full:
-            self.assertEqual(self.run_program("--help", stdout=full).returncode, 1)
+            for option in ("--help", "--version", "-V", "--diagnose"):
+                with self.subTest(option):
+                    done = self.run_program(option, stdout=full)
+                    self.assertEqual((done.returncode, done.stderr),
+                                     (1, "zarn-actions: standard output cannot be written\n"))
+
+    def test_each_short_option_does_what_its_long_form_does(self):
+        for short, long in (("-h", "--help"), ("-V", "--version")):
+            done = self.run_program(short)
+            self.assertEqual((done.returncode, done.stdout, done.stderr), (0, self.run_program(long).stdout, ""))
 
     def test_unknown_options_are_refused_with_one_line(self):
         for arguments in (["--foo"], ["foo"], [""], ["-"], ["-key"], ["--keychain=vault"],

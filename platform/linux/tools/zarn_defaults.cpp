@@ -1,7 +1,10 @@
 // SPDX-License-Identifier: MIT
+#include "base/base64.h"
+#include "base/json.h"
 #include "base/utf8.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/settings/plist_settings.h"
+#include "zarn/product_constants.h"
 
 #include <array>
 #include <charconv>
@@ -13,10 +16,11 @@
 namespace zarn::linux_backend {
 namespace {
 
-constexpr auto help = R"(usage: zarn-defaults list DOMAIN
-       zarn-defaults read DOMAIN [KEY]
+constexpr auto help = R"(usage: zarn-defaults [--json] list DOMAIN
+       zarn-defaults [--json] read DOMAIN [KEY]
        zarn-defaults write DOMAIN KEY -TYPE VALUE
        zarn-defaults delete DOMAIN KEY
+       zarn-defaults -h | --help | -V | --version
 
 Reads and writes the settings of Zarn Actions. DOMAIN is com.zarn.ZarnActions (its own),
 group.R3V8N1P6WB.zarnie.SharedZPMA (profiles) or group.Q7X2M9K4TA.zarnactions (current server).
@@ -28,10 +32,16 @@ group.R3V8N1P6WB.zarnie.SharedZPMA (profiles) or group.Q7X2M9K4TA.zarnactions (c
           2026-01-31T12:00:00Z) or data (hexadecimal digits)
   delete  removes one key; removing what is not there succeeds
 
-exit status: 0 done, 1 there is no such key, 2 wrong usage, 3 the settings cannot be read or written
+  --json         prints JSON: a date as a text such as "2026-01-31T12:00:00Z", data in Base64
+  -h, --help     prints this text
+  -V, --version  prints the version
+
+exit status: 0 done, 1 there is no such key, 2 wrong usage, 3 the settings cannot be read or written,
+or standard output cannot be written
 )";
 
 enum ExitCode { Done, NotFound, Usage, Failed };
+enum class Form { Text, Json };
 
 std::optional<Value> integerOf(const std::string& text)
 {
@@ -114,7 +124,16 @@ std::string rendered(const Value& value)
 int print(const std::string& text)
 {
     const bool isWritten = std::fwrite(text.data(), 1, text.size(), stdout) == text.size();
-    return std::fflush(stdout) == 0 && isWritten ? Done : Failed;
+    if (std::fflush(stdout) == 0 && isWritten)
+        return Done;
+    std::fputs("zarn-defaults: standard output cannot be written\n", stderr);
+    return Failed;
+}
+
+std::string versionLine()
+{
+    return std::string("zarn-defaults ") + product::shortVersion + " (" + product::buildNumber
+        + ")\n";
 }
 
 int finish(const Status& status)
@@ -125,18 +144,66 @@ int finish(const Status& status)
     return Failed;
 }
 
-int list(const PlistDomain& domain)
+/// The value with what JSON has no type for as texts.
+Value withoutDatesAndData(const Value& value)
 {
+    if (value.date())
+        return dateText(*value.date());
+    if (value.data())
+        return base64Encoded(
+            {reinterpret_cast<const char*>(value.data()->data()), value.data()->size()});
+    if (value.array()) {
+        Value::Array result;
+        for (const auto& element : *value.array())
+            result.push_back(withoutDatesAndData(element));
+        return result;
+    }
+    if (value.dictionary()) {
+        Value::Dictionary result;
+        for (const auto& [key, element] : *value.dictionary())
+            result.emplace(key, withoutDatesAndData(element));
+        return result;
+    }
+    return value;
+}
+
+int printJson(const Value& value)
+{
+    const auto text = prettyPrintedJson(withoutDatesAndData(value));
+    if (!text) {
+        std::fprintf(stderr, "zarn-defaults: %s\n", text.error().message.c_str());
+        return Failed;
+    }
+    const bool isLine = text.value().ends_with('\n');
+    return print(isLine ? text.value() : text.value() + "\n");
+}
+
+int list(const PlistDomain& domain, Form form)
+{
+    if (form == Form::Json) {
+        Value::Array keys;
+        for (const auto& [key, value] : domain.dictionary())
+            keys.emplace_back(key);
+        return printJson(keys);
+    }
     std::string text;
     for (const auto& [key, value] : domain.dictionary())
         text += key + "\n";
     return print(text);
 }
 
-int read(const PlistDomain& domain, const std::string& key)
+int readAll(const PlistDomain& domain, Form form)
+{
+    const auto all = domain.dictionary();
+    return form == Form::Json ? printJson(all) : print(plistXmlOf(all));
+}
+
+int read(const PlistDomain& domain, const std::string& key, Form form)
 {
     const auto value = domain.object(key);
-    return value ? print(rendered(*value)) : NotFound;
+    if (!value)
+        return NotFound;
+    return form == Form::Json ? printJson(*value) : print(rendered(*value));
 }
 
 int write(PlistDomain& domain, const std::vector<std::string>& words)
@@ -150,8 +217,20 @@ int write(PlistDomain& domain, const std::vector<std::string>& words)
     return finish(domain.trySet(words[2], *value));
 }
 
-int run(const std::vector<std::string>& words)
+/// Takes "--json" off, which stands in front of what it is for: behind it might be a value.
+Form takeForm(std::vector<std::string>& words)
 {
+    const auto isJson = [&](std::size_t at) { return words.size() > at && words[at] == "--json"; };
+    const bool isBehindVerb = isJson(1) && (words[0] == "list" || words[0] == "read");
+    if (!isJson(0) && !isBehindVerb)
+        return Form::Text;
+    words.erase(words.begin() + (isJson(0) ? 0 : 1));
+    return Form::Json;
+}
+
+int run(std::vector<std::string> words)
+{
+    const auto form = takeForm(words);
     const auto folder = Paths::fromEnvironment().config;
     if (folder.empty()) {
         std::fputs("zarn-defaults: there is no home directory\n", stderr);
@@ -161,14 +240,14 @@ int run(const std::vector<std::string>& words)
     auto* domain = words.size() > 1 ? settings.domain(words[1]) : nullptr;
     const auto& verb = words.empty() ? std::string() : words[0];
     if (domain && verb == "list" && words.size() == 2)
-        return list(*domain);
+        return list(*domain, form);
     if (domain && verb == "read" && words.size() == 2)
-        return print(plistXmlOf(domain->dictionary()));
+        return readAll(*domain, form);
     if (domain && verb == "read" && words.size() == 3)
-        return read(*domain, words[2]);
-    if (domain && verb == "write" && words.size() == 5)
+        return read(*domain, words[2], form);
+    if (domain && form == Form::Text && verb == "write" && words.size() == 5)
         return write(*domain, words);
-    if (domain && verb == "delete" && words.size() == 3)
+    if (domain && form == Form::Text && verb == "delete" && words.size() == 3)
         return finish(domain->tryRemove(words[2]));
     std::fputs("zarn-defaults: wrong usage; see zarn-defaults --help\n", stderr);
     return Usage;
@@ -182,5 +261,7 @@ int main(int argc, char** argv)
     const std::vector<std::string> words(argv + (argc > 0 ? 1 : 0), argv + argc);
     if (words.size() == 1 && (words[0] == "--help" || words[0] == "-h"))
         return zarn::linux_backend::print(zarn::linux_backend::help);
+    if (words.size() == 1 && (words[0] == "--version" || words[0] == "-V"))
+        return zarn::linux_backend::print(zarn::linux_backend::versionLine());
     return zarn::linux_backend::run(words);
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
+#include "base/json.h"
 #include "platform/linux/keychain/keychain_factory.h"
 #include "platform/linux/keychain/wipe.h"
+#include "zarn/product_constants.h"
 
 #include <array>
 #include <cstdio>
@@ -14,7 +16,7 @@
 namespace zarn::linux_backend {
 namespace {
 
-constexpr auto help = R"(usage: zarn-keychain [--keychain=secret-service|file] list
+constexpr auto help = R"(usage: zarn-keychain [--keychain=secret-service|file] [--json] list
        zarn-keychain [--keychain=...] [--access-group=GROUP] [--force] show SERVICE [ACCOUNT]
 
 Reads the items that Zarn Actions keeps, from the desktop's keyring service or, where there
@@ -28,8 +30,11 @@ provably is none, from the encrypted file keychain. Changes no item.
 
   --keychain=secret-service   only the keyring service
   --keychain=file             only the file keychain
+  --json                      the list as JSON: an array of objects with the texts "service",
+                              "account" and "accessGroup"
   --access-group=GROUP        default Q7X2M9K4TA.org.zarnie.zpshortcuts
-  --help                      prints this text
+  -h, --help                  prints this text
+  -V, --version               prints the version
 
 exit status:
   0  done
@@ -46,7 +51,9 @@ struct Command {
     KeychainChoice choice = KeychainChoice::Automatic;
     std::string accessGroup = "Q7X2M9K4TA.org.zarnie.zpshortcuts";
     bool force = false;
+    bool json = false;
     bool help = false;
+    bool version = false;
     std::vector<std::string> words;
 };
 
@@ -62,14 +69,18 @@ std::optional<Command> parse(const std::vector<std::string>& arguments)
     Command command;
     bool optionsEnded = false;
     for (const auto& argument : arguments) {
-        if (optionsEnded || !argument.starts_with("--")) {
+        if (!optionsEnded && (argument == "--help" || argument == "-h")) {
+            command.help = true;
+        } else if (!optionsEnded && (argument == "--version" || argument == "-V")) {
+            command.version = true;
+        } else if (optionsEnded || !argument.starts_with("--")) {
             command.words.push_back(argument);
         } else if (argument == "--") {
             optionsEnded = true;
-        } else if (argument == "--help") {
-            command.help = true;
         } else if (argument == "--force") {
             command.force = true;
+        } else if (argument == "--json") {
+            command.json = true;
         } else if (const auto group = optionValue(argument, "--access-group=")) {
             command.accessGroup = *group;
         } else if (const auto name = optionValue(argument, "--keychain=")) {
@@ -138,11 +149,23 @@ int written(const std::string& text)
     return ok ? Done : Unreadable;
 }
 
-int list(KeychainStore& store, Deadline deadline)
+int list(KeychainStore& store, const Command& command, Deadline deadline)
 {
     const auto listing = store.list(deadline);
     if (listing.status != keychain_status::success)
         return failed(listing.status);
+    if (command.json) {
+        Value::Array items;
+        for (const auto& [item, created, modified] : listing.items) {
+            Value::Dictionary object;
+            object["service"] = item.service;
+            object["account"] = item.account;
+            object["accessGroup"] = item.accessGroup;
+            items.emplace_back(std::move(object));
+        }
+        // Texts alone always have a form in JSON.
+        return written(prettyPrintedJson(items).value());
+    }
     std::string lines;
     for (const auto& [item, created, modified] : listing.items)
         lines += escaped(item.service) + "\t" + escaped(item.account) + "\t"
@@ -170,9 +193,12 @@ int run(const std::vector<std::string>& arguments)
     const auto command = parse(arguments);
     if (command && command->help)
         return written(help);
+    if (command && command->version)
+        return written(std::string("zarn-keychain ") + product::shortVersion + " ("
+            + product::buildNumber + ")\n");
     const auto count = command ? command->words.size() : 0;
     const bool isList = count == 1 && command->words[0] == "list";
-    const bool isShow = (count == 2 || count == 3) && command->words[0] == "show";
+    const bool isShow = (count == 2 || count == 3) && command->words[0] == "show" && !command->json;
     if (!isList && !isShow) {
         complain("wrong usage; see zarn-keychain --help");
         return Usage;
@@ -187,7 +213,7 @@ int run(const std::vector<std::string>& arguments)
     const auto store = makeKeychainStore(options);
     // A person may be typing the keyring's password.
     const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    return isList ? list(*store, deadline) : show(*store, *command, deadline);
+    return isList ? list(*store, *command, deadline) : show(*store, *command, deadline);
 }
 
 } // namespace

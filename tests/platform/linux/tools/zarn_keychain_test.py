@@ -5,6 +5,7 @@
 Runs itself under with_desktop: once with gnome-keyring, once without any session bus.
 """
 
+import json
 import os
 import pty
 import subprocess
@@ -50,6 +51,15 @@ class AnyStore:
             f"ZPMA-host\tadmin\t{GROUP}", f"ZPMA-host\tsecond\t{GROUP}",
             f"odd\\x09service\\x5C\t\t{GROUP}"])
 
+    def test_list_prints_the_same_as_json(self):
+        for words in (["--json", "list"], ["list", "--json"]):
+            code, out, err = tool(*words)
+            self.assertEqual((code, err), (0, self.told))
+            self.assertEqual(sorted(json.loads(out), key=lambda item: item["service"] + item["account"]), [
+                {"service": "ZPMA-host", "account": "admin", "accessGroup": GROUP},
+                {"service": "ZPMA-host", "account": "second", "accessGroup": GROUP},
+                {"service": "odd\tservice\\", "account": "", "accessGroup": GROUP}])
+
     def test_show_writes_the_secret_byte_for_byte(self):
         self.assertEqual(tool("show", "ZPMA-host", "admin"), (0, SECRET, self.told))
         self.assertEqual(tool("show", "ZPMA-host", "second"), (0, "other", self.told))
@@ -83,7 +93,8 @@ class AnyStore:
 
     def test_wrong_usage_exits_2(self):
         for words in ([], ["list", "x"], ["show"], ["show", "a", "b", "c"], ["erase", "x"],
-                      ["--keychain=other", "list"], ["--verbose", "list"]):
+                      ["--keychain=other", "list"], ["--verbose", "list"],
+                      ["--json", "show", "ZPMA-host"], ["--json=1", "list"]):
             code, out, err = tool(*words)
             self.assertEqual((code, out), (2, ""), words)
             self.assertEqual(err, "zarn-keychain: wrong usage; see zarn-keychain --help\n")
@@ -94,11 +105,22 @@ class AnyStore:
         for word in ("list", "show SERVICE [ACCOUNT]", "--keychain=file", "exit status:"):
             self.assertIn(word, out)
 
-    def test_standard_output_that_cannot_be_written_exits_5(self):
-        with open("/dev/full", "wb") as full:
-            run = subprocess.run([os.path.join(BUILD, "zarn-keychain"), "show", "ZPMA-host"],
-                                 stdout=full, stderr=subprocess.DEVNULL, check=False)
-        self.assertEqual(run.returncode, 5)
+    def test_short_options_are_those_of_their_long_forms(self):
+        self.assertEqual(tool("-h"), tool("--help"))
+        code, out, err = tool("-V")
+        self.assertEqual((code, err), (0, ""))
+        self.assertRegex(out, r"\Azarn-keychain \d+\.\d+\S* \(\d+\)\n\Z")
+        self.assertEqual(tool("--version"), (code, out, err))
+        self.assertEqual(tool("show", "--", "-V")[0], 1)
+
+    def test_standard_output_that_cannot_be_written_exits_5_and_is_reported(self):
+        for words in (["show", "ZPMA-host"], ["list"], ["--version"]):
+            with open("/dev/full", "wb") as full:
+                run = subprocess.run([os.path.join(BUILD, "zarn-keychain"), *words],
+                                     stdout=full, stderr=subprocess.PIPE, check=False)
+            self.assertEqual(run.returncode, 5, words)
+            self.assertTrue(
+                run.stderr.endswith(b"zarn-keychain: standard output cannot be written\n"), run.stderr)
 
 
 class InTheKeyring(AnyStore, unittest.TestCase):
