@@ -13,4 +13,14 @@ set(ZARN_AGREEMENT_TITLE "Zarn Actions Software Licence Agreement" CACHE STRING
 set(ZARN_AGREEMENT_URL "https://zarn-actions.example/licence-agreement.pdf" CACHE STRING
     "Address of the licence agreement document")
 set(ZARN_PUBLISHER_NAME "Zarnie Software" CACHE STRING "Publisher's name in the ownership notice")
-set(ZARN_RELEASE_DATE "2026-11-21" CACHE STRING "Date of this version, for software catalogues")
+
+# The date of this version, for software catalogues and manual pages.
+set(zarn_changelog "${PROJECT_SOURCE_DIR}/CHANGELOG.md")
+set_property(DIRECTORY APPEND PROPERTY CMAKE_CONFIGURE_DEPENDS "${zarn_changelog}")
+string(REPLACE "." "[.]" zarn_version_pattern "${PROJECT_VERSION}")
+file(STRINGS "${zarn_changelog}" zarn_releases REGEX "^## \\[[0-9]")
+list(POP_FRONT zarn_releases zarn_release)
+if(NOT zarn_release MATCHES "^## .${zarn_version_pattern}. - ([0-9]+-[0-9][0-9]-[0-9][0-9])$")
+    message(FATAL_ERROR "The newest version in CHANGELOG.md is not ${PROJECT_VERSION} with its date")
+endif()
+set(ZARN_RELEASE_DATE "${CMAKE_MATCH_1}")
