@@ -1,8 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "base/value.h"
 
-#include <array>
-#include <cstdio>
+#include "base/conversions.h"
 
 namespace zarn {
 
@@ -15,13 +14,6 @@ std::optional<std::string> stringMember(const Value::Dictionary& dictionary, std
 }
 
 namespace {
-
-std::string describeReal(double value)
-{
-    std::array<char, 40> buffer{};
-    std::snprintf(buffer.data(), buffer.size(), "%.17g", value);
-    return buffer.data();
-}
 
 std::string describeArray(const Value::Array& array)
 {
@@ -47,14 +39,14 @@ std::string describe(const Value& value)
         return *boolean ? "true" : "false";
     if (const auto* integer = value.integer())
         return std::to_string(*integer);
-    if (const auto* real = value.real())
-        return describeReal(*real);
+    if (value.real())
+        return *stringFrom(value);
     if (const auto* string = value.string())
         return '"' + *string + '"';
     if (const auto* data = value.data())
         return "<" + std::to_string(data->size()) + " bytes>";
     if (const auto* date = value.date())
-        return "date " + describeReal(date->secondsSince1970);
+        return "date " + *stringFrom(date->secondsSince1970);
     if (const auto* array = value.array())
         return describeArray(*array);
     if (const auto* dictionary = value.dictionary())

@@ -23,6 +23,29 @@ TEST(Base64, UsesPlusAndSlashAndKeepsZeroBytes)
     EXPECT_EQ(base64Encoded(std::string_view("\0\0", 2)), "AAA=");
 }
 
+TEST(Base64, HasACharacterForEachOfTheSixtyFourValues)
+{
+    std::string alphabet;
+    for (unsigned value = 0; value < 64; ++value) {
+        // Four times the same six bits.
+        const unsigned group = value * 0x041041U;
+        const std::string bytes{static_cast<char>(group >> 16),
+            static_cast<char>(group >> 8 & 0xFFU), static_cast<char>(group & 0xFFU)};
+        const auto text = base64Encoded(bytes);
+        ASSERT_EQ(text, std::string(4, text[0]));
+        alphabet += text[0];
+    }
+    EXPECT_EQ(alphabet, "ABCDEFGHIJKLMNOPQRSTUVWXYZabcdefghijklmnopqrstuvwxyz0123456789+/");
+}
+
+TEST(Base64, ReadsNoByteBehindTheText)
+{
+    const std::string_view bytes = "\xff\xff\xff\xff\xff\xff";
+    const char* const texts[] = {"", "/w==", "//8=", "////", "/////w==", "//////8="};
+    for (std::size_t size = 0; size < 6; ++size)
+        EXPECT_EQ(base64Encoded(bytes.substr(0, size)), texts[size]) << size;
+}
+
 TEST(Base64, BreaksNoLines)
 {
     const auto text = base64Encoded(std::string(3000, 'x'));

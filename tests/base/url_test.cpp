@@ -28,6 +28,31 @@ TEST(Url, RefusesCharactersThatNoUrlHolds)
     EXPECT_FALSE(Url::fromText(std::string_view("https://a\0b", 11)));
 }
 
+TEST(Url, AllowsEveryOtherAsciiCharacter)
+{
+    const std::string_view forbidden = "<>\"{}|\\^`";
+    for (char c = '!'; c < '\x7f'; ++c) {
+        if (forbidden.find(c) == std::string_view::npos && c != '%') {
+            EXPECT_TRUE(Url::fromText(std::string("zarn.example/") + c)) << c;
+        }
+    }
+}
+
+TEST(Url, APercentSignWantsTwoHexadecimalDigits)
+{
+    const std::string_view digits = "0123456789abcdefABCDEF";
+    for (char c = '!'; c < '\x7f'; ++c) {
+        if (!Url::fromText(std::string(1, c)))
+            continue;
+        const bool isDigit = digits.find(c) != std::string_view::npos;
+        EXPECT_EQ(Url::fromText(std::string("h/%") + c + "0").has_value(), isDigit) << c;
+        EXPECT_EQ(Url::fromText(std::string("h/%0") + c).has_value(), isDigit) << c;
+    }
+    EXPECT_TRUE(Url::fromText("%41%42a%43"));
+    EXPECT_FALSE(Url::fromText(std::string_view("h/%412").substr(0, 4)));
+    EXPECT_FALSE(Url::fromText("%41%4"));
+}
+
 TEST(Url, RefusesAnEmptyText)
 {
     EXPECT_FALSE(Url::fromText(""));
@@ -44,10 +69,21 @@ TEST(Url, RefusesBrokenPercentEscapes)
         EXPECT_FALSE(Url::fromText(text)) << text;
 }
 
+TEST(Url, AllowsBracketsOutsideTheHost)
+{
+    for (const char* text :
+        {"[", "]", "[::1", "https:/[", "https://h/[", "https://h?[", "https://h#[", "https://h/]",
+            "https://h?u@[", "https://a[b@h", "https://a]@h:1", "https://a@b@[::1]", "https://h//[",
+            "https://[::1]/[", "https://[::1]:", "https://[]", "https://@[::1]", "//[::1]?]"})
+        EXPECT_TRUE(Url::fromText(text)) << text;
+}
+
 TEST(Url, RefusesUnbalancedBracketsAroundTheHost)
 {
     for (const char* text : {"https://[::1", "https://::1]", "https://[[::1]]/", "https://a[::1]/",
-             "https://[::1]x/", "https://u@[::1/"})
+             "https://[::1]x/", "https://u@[::1/", "https://[", "https://]", "https://[a]:b]",
+             "https://[a]:[b", "https://[a]:[b]", "https://[[", "https://]a[", "https://a]",
+             "https://@[", "https://[::1]]", "//[", "https://[::1@h]", "https://[/]"})
         EXPECT_FALSE(Url::fromText(text)) << text;
 }
 

@@ -32,6 +32,13 @@ TEST(Value, StringMemberWantsAString)
     EXPECT_EQ(stringMember(dictionary, "absent"), std::nullopt);
 }
 
+TEST(Value, DescribesNumbersWithAllTheirDigits)
+{
+    EXPECT_EQ(describe(0.1), "0.10000000000000001");
+    EXPECT_EQ(describe(Date{1700000000.25}), "date 1700000000.25");
+    EXPECT_EQ(describe(false), "false");
+}
+
 TEST(Value, DescribesEveryType)
 {
     const Value value(Value::Array{
