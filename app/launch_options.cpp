@@ -1,19 +1,24 @@
 // SPDX-License-Identifier: MIT
 #include "app/launch_options.h"
 
+#include <algorithm>
+#include <string_view>
+
 namespace zarn {
 
-const std::string_view launchHelp = R"(Usage: zarn-actions [OPTION]... [-KEY VALUE]...
+namespace {
+
+constexpr std::string_view helpBefore = R"(Usage: zarn-actions [OPTION]... [-KEY VALUE]...
 Registers Zarn Pro servers and their credentials for your automation actions.
 
   -h, --help          print this text and end
   -V, --version       print the version and end
   --diagnose          check where settings, log and keychain are kept, and whether they can be
                       written and read; needs no display; exit code 0 only if all is well
-  --keychain=secret-service
-                      keep secrets in the keyring service of the desktop, nowhere else
-  --keychain=file     keep secrets in a file protected by file permissions
-  -KEY VALUE          a value of the settings domain com.zarn.ZarnActions for this run,
+)";
+
+constexpr std::string_view helpAfter
+    = R"(  -KEY VALUE          a value of the settings domain com.zarn.ZarnActions for this run,
                       such as -forceBasicAuth 1
 
 Without --keychain the keyring service is used, and the file only where there is no such service;
@@ -22,9 +27,18 @@ one line on standard error says so then.
 A second start raises the window of the first and ends.
 )";
 
-namespace {
-
 constexpr std::string_view keychainOption = "--keychain=";
+
+/// An option and its explanation, which begins on the next line where the option is too long.
+std::string helpLine(const std::string& option, std::string_view explanation)
+{
+    constexpr std::size_t column = 22;
+    std::string line = "  " + option;
+    if (line.size() >= column)
+        line += "\n";
+    const auto width = line.size() - (line.rfind('\n') + 1);
+    return line.append(column - width, ' ').append(explanation) + "\n";
+}
 
 bool isSettingsKey(std::string_view argument)
 {
@@ -47,8 +61,20 @@ Error refusal(const std::string& reason)
 
 } // namespace
 
-Result<LaunchOptions> parseLaunchOptions(const std::vector<std::string>& arguments)
+std::string launchHelp(std::span<const KeychainKind> keychains)
 {
+    std::string help(helpBefore);
+    for (const auto& kind : keychains)
+        help += helpLine(std::string(keychainOption).append(kind.name), kind.help);
+    return help.append(helpAfter);
+}
+
+Result<LaunchOptions> parseLaunchOptions(
+    const std::vector<std::string>& arguments, std::span<const KeychainKind> keychains)
+{
+    const auto isKnown = [&](const std::string& name) {
+        return std::ranges::find(keychains, name, &KeychainKind::name) != keychains.end();
+    };
     LaunchOptions options;
     for (std::size_t i = 0; i < arguments.size(); ++i) {
         const std::string_view argument = arguments[i];
@@ -60,7 +86,7 @@ Result<LaunchOptions> parseLaunchOptions(const std::vector<std::string>& argumen
             options.task = LaunchOptions::Task::Diagnose;
         } else if (argument.substr(0, keychainOption.size()) == keychainOption) {
             options.keychain = argument.substr(keychainOption.size());
-            if (options.keychain != "secret-service" && options.keychain != "file")
+            if (!isKnown(options.keychain))
                 return refusal("unknown keychain " + quoted(options.keychain));
         } else if (isSettingsKey(argument)) {
             if (i + 1 == arguments.size())

@@ -2,9 +2,10 @@
 #pragma once
 
 #include "base/result.h"
+#include "platform/keychain.h"
 
+#include <span>
 #include <string>
-#include <string_view>
 #include <vector>
 
 namespace zarn {
@@ -13,17 +14,19 @@ namespace zarn {
 struct LaunchOptions {
     enum class Task { Run, Help, Version, Diagnose };
     Task task = Task::Run;
-    /// "secret-service", "file", or empty when nothing is forced.
+    /// The name of a keychain, or empty when nothing is forced.
     std::string keychain;
     /// "-key", "value", "-key", "value" ...: values for the standard settings domain, this run
     /// only.
     std::vector<std::string> settings;
 };
 
-/// Reads a command line without the program's name. The error is one line without a line break.
-Result<LaunchOptions> parseLaunchOptions(const std::vector<std::string>& arguments);
+/// Reads a command line without the program's name; `keychains` are those that it may name. The
+/// error is one line without a line break.
+Result<LaunchOptions> parseLaunchOptions(
+    const std::vector<std::string>& arguments, std::span<const KeychainKind> keychains);
 
 /// What --help prints.
-extern const std::string_view launchHelp;
+std::string launchHelp(std::span<const KeychainKind> keychains);
 
 } // namespace zarn

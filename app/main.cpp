@@ -56,7 +56,8 @@ int main(int argc, char** argv)
 {
     LinuxPlatform::prepareProcess();
     constexpr int usageError = 2;
-    const auto parsed = zarn::parseLaunchOptions({argv + (argc > 0 ? 1 : 0), argv + argc});
+    const auto parsed = zarn::parseLaunchOptions(
+        {argv + (argc > 0 ? 1 : 0), argv + argc}, LinuxPlatform::keychainKinds());
     if (!parsed) {
         complain(parsed.error().message);
         return usageError;
@@ -65,7 +66,7 @@ int main(int argc, char** argv)
     const LinuxPlatform::Options platformOptions{options.keychain, options.settings};
     switch (options.task) {
     case LaunchOptions::Task::Help:
-        return printed(zarn::launchHelp);
+        return printed(zarn::launchHelp(LinuxPlatform::keychainKinds()));
     case LaunchOptions::Task::Version:
         return printed(LinuxPlatform::versionLine());
     case LaunchOptions::Task::Diagnose:

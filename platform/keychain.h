@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 #include <string>
+#include <string_view>
 
 namespace zarn {
 
@@ -14,13 +15,28 @@ using KeychainStatus = std::int32_t;
 
 namespace keychain_status {
 inline constexpr KeychainStatus success = 0;
+inline constexpr KeychainStatus ioFailure = -36;
 inline constexpr KeychainStatus userCanceled = -128;
 inline constexpr KeychainStatus notAvailable = -25291;
+inline constexpr KeychainStatus readOnly = -25292;
+/// A keychain file that is there and cannot be opened with its key.
+inline constexpr KeychainStatus invalidKeychain = -25295;
 inline constexpr KeychainStatus duplicateItem = -25299;
 inline constexpr KeychainStatus itemNotFound = -25300;
+inline constexpr KeychainStatus noDefaultKeychain = -25307;
 /// The service is there but locked, slow or refusing. Deliberately has no message text.
 inline constexpr KeychainStatus interactionNotAllowed = -25308;
 } // namespace keychain_status
+
+/// The access group of every item of the product.
+inline constexpr std::string_view keychainAccessGroup = "Q7X2M9K4TA.org.zarnie.zpshortcuts";
+
+/// A place where a backend can keep items, as the command line names it.
+struct KeychainKind {
+    std::string_view name;
+    /// What choosing it means, for the help.
+    std::string_view help;
+};
 
 /// A generic-password item. At most one exists per access group, service and account.
 struct KeychainItem {

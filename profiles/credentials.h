@@ -17,7 +17,6 @@ struct ConnectionState;
 /// Account name to secret.
 using AccountMap = std::map<std::string, std::string>;
 
-inline constexpr std::string_view keychainAccessGroup = "Q7X2M9K4TA.org.zarnie.zpshortcuts";
 inline constexpr std::string_view userItemPrefix = "ZPMA-";
 inline constexpr std::string_view apiClientItemPrefix = "zortcuts-apiClient-";
 /// The entry that carries the current profile. Its service is never prefixed.

@@ -3,7 +3,7 @@
 
 #include "platform/linux/files/module.h"
 #include "platform/linux/http/http_module.h"
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 #include "platform/linux/settings/plist_settings.h"
 #include "zarn/product_constants.h"
 
@@ -50,7 +50,7 @@ private:
         line(what, "PROBLEM: " + text);
     }
     void place(const std::string& what, const std::string& path);
-    std::string keychainProbe(KeychainStore& store);
+    static std::string keychainProbe(KeychainStore& store, CallContext& call);
 
     const Paths& m_paths;
     int m_problems = 0;
@@ -131,29 +131,32 @@ void Diagnosis::settings()
 }
 
 /// Empty when all went well.
-std::string Diagnosis::keychainProbe(KeychainStore& store)
+std::string Diagnosis::keychainProbe(KeychainStore& store, CallContext& call)
 {
     const auto secret = randomText();
-    const KeychainItem item{"Q7X2M9K4TA.org.zarnie.zpshortcuts", "com.zarn.ZarnActions.probe",
+    const KeychainItem item{std::string(keychainAccessGroup), "com.zarn.ZarnActions.probe",
         "probe-" + randomText(), Data(secret.begin(), secret.end())};
     const KeychainQuery query{item.accessGroup, item.service, item.account, true};
-    const auto deadline = [] { return std::chrono::steady_clock::now() + keychainLimit; };
     const auto failure = [](const char* step, KeychainStatus status) {
         return std::string(step) + ": "
             + keychainMessageText(status).value_or("the keychain is locked or does not answer")
             + " (" + std::to_string(status) + ")";
     };
-    if (const auto status = store.add(item, deadline()); status != keychain_status::success)
+    call.begin(keychainLimit);
+    if (const auto status = store.add(item); status != keychain_status::success)
         return failure("not written", status);
-    const auto match = store.copyMatching(query, deadline());
-    const auto erased = store.erase(query, deadline());
+    call.begin(keychainLimit);
+    const auto match = store.copyMatching(query);
+    call.begin(keychainLimit);
+    const auto erased = store.erase(query);
+    call.begin(keychainLimit);
     if (match.status != keychain_status::success)
         return failure("not read", match.status);
     if (match.item->secret != item.secret)
         return "what was written is not what is read";
     if (erased != keychain_status::success)
         return failure("not deleted", erased);
-    if (store.copyMatching(query, deadline()).status != keychain_status::itemNotFound)
+    if (store.copyMatching(query).status != keychain_status::itemNotFound)
         return "what was deleted can still be read";
     return "";
 }
@@ -161,9 +164,9 @@ std::string Diagnosis::keychainProbe(KeychainStore& store)
 void Diagnosis::keychain(KeychainOptions options)
 {
     options.moveItems = false;
-    options.report = [this](const std::string& text) { line("keychain", text); };
-    const auto store = moduleStore(options)();
-    const auto trouble = store ? keychainProbe(*store) : "its module cannot be loaded";
+    CallContext call([this](const std::string& text) { line("keychain", text); });
+    const auto store = moduleStore(options)(call);
+    const auto trouble = store ? keychainProbe(*store, call) : "its module cannot be loaded";
     if (trouble.empty())
         line("keychain probe", "written, read and deleted");
     else

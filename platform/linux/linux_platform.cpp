@@ -10,7 +10,7 @@
 #include "platform/linux/files/paths.h"
 #include "platform/linux/files/posix_services.h"
 #include "platform/linux/http/lazy_url_sessions.h"
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 #include "platform/linux/queues/thread_serial_queue.h"
 #include "platform/linux/settings/compiled_bundle.h"
 #include "platform/linux/settings/plist_settings.h"
@@ -120,7 +120,7 @@ struct LinuxPlatform::Adapters::WithDisplay {
     PlistSettings settings;
     QtAlertRunner alertRunner;
     X11WindowList windowList;
-    LazyKeychain keychain;
+    KeychainThread keychain;
     LazyUrlSessions urlSessions;
     std::thread preloading;
 };
@@ -178,6 +178,11 @@ KeychainOptions LinuxPlatform::Adapters::keychainOptions() const
 void LinuxPlatform::prepareProcess()
 {
     hardenProcess();
+}
+
+std::span<const KeychainKind> LinuxPlatform::keychainKinds()
+{
+    return linux_backend::keychainKinds;
 }
 
 std::string LinuxPlatform::versionLine()

@@ -1,10 +1,12 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/keychain.h"
 #include "platform/product_texts.h"
 #include "platform/services.h"
 
 #include <memory>
+#include <span>
 #include <string>
 #include <vector>
 
@@ -15,7 +17,7 @@ namespace zarn::linux_backend {
 class LinuxPlatform {
 public:
     struct Options {
-        /// "secret-service", "file", or empty when nothing is forced.
+        /// The name of one of keychainKinds(), or empty when nothing is forced.
         std::string keychain;
         /// "-key", "value" ... for the standard settings domain.
         std::vector<std::string> launchArguments;
@@ -30,6 +32,8 @@ public:
 
     /// Guards the process; called first of all.
     static void prepareProcess();
+    /// The keychains that can be forced.
+    static std::span<const KeychainKind> keychainKinds();
     /// "Zarn Actions 1.0.0 (1)" and a line break.
     static std::string versionLine();
     /// Checks the program's places and prints what it found; the exit code of the process.

@@ -3,21 +3,31 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
+
 namespace zarn {
 namespace {
 
 using Texts = std::vector<std::string>;
 using Task = LaunchOptions::Task;
 
+constexpr std::array<KeychainKind, 2> keychains{
+    {{"secret-service", "only the service"}, {"file", "only the file"}}};
+
+Result<LaunchOptions> parse(const Texts& arguments)
+{
+    return parseLaunchOptions(arguments, keychains);
+}
+
 std::string refusalOf(const Texts& arguments)
 {
-    const auto parsed = parseLaunchOptions(arguments);
+    const auto parsed = parse(arguments);
     return parsed ? "accepted" : parsed.error().message;
 }
 
 TEST(LaunchOptionsTest, WithoutArgumentsTheProgramRuns)
 {
-    const auto parsed = parseLaunchOptions({});
+    const auto parsed = parse({});
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed.value().task, Task::Run);
     EXPECT_EQ(parsed.value().keychain, "");
@@ -29,7 +39,7 @@ TEST(LaunchOptionsTest, EachOptionNamesItsTask)
     const std::pair<const char*, Task> table[] = {{"--help", Task::Help}, {"-h", Task::Help},
         {"--version", Task::Version}, {"-V", Task::Version}, {"--diagnose", Task::Diagnose}};
     for (const auto& [option, task] : table) {
-        const auto parsed = parseLaunchOptions({option});
+        const auto parsed = parse({option});
         ASSERT_TRUE(parsed) << option;
         EXPECT_EQ(parsed.value().task, task) << option;
     }
@@ -38,7 +48,7 @@ TEST(LaunchOptionsTest, EachOptionNamesItsTask)
 TEST(LaunchOptionsTest, TheKeychainCanBeForced)
 {
     for (const std::string name : {"secret-service", "file"}) {
-        const auto parsed = parseLaunchOptions({"--keychain=" + name, "--diagnose"});
+        const auto parsed = parse({"--keychain=" + name, "--diagnose"});
         ASSERT_TRUE(parsed) << name;
         EXPECT_EQ(parsed.value().keychain, name);
         EXPECT_EQ(parsed.value().task, Task::Diagnose);
@@ -47,8 +57,8 @@ TEST(LaunchOptionsTest, TheKeychainCanBeForced)
 
 TEST(LaunchOptionsTest, KeysAndValuesAreForTheSettings)
 {
-    const auto parsed = parseLaunchOptions(
-        {"-forceBasicAuth", "1", "--keychain=file", "-AppleInterfaceStyle", "Dark"});
+    const auto parsed
+        = parse({"-forceBasicAuth", "1", "--keychain=file", "-AppleInterfaceStyle", "Dark"});
     ASSERT_TRUE(parsed);
     EXPECT_EQ(
         parsed.value().settings, (Texts{"-forceBasicAuth", "1", "-AppleInterfaceStyle", "Dark"}));
@@ -57,8 +67,7 @@ TEST(LaunchOptionsTest, KeysAndValuesAreForTheSettings)
 
 TEST(LaunchOptionsTest, AValueMayLookLikeAnOption)
 {
-    const auto parsed
-        = parseLaunchOptions({"-number", "-5", "-text", "--help", "-short", "-V", "-empty", ""});
+    const auto parsed = parse({"-number", "-5", "-text", "--help", "-short", "-V", "-empty", ""});
     ASSERT_TRUE(parsed);
     EXPECT_EQ(parsed.value().task, Task::Run);
     EXPECT_EQ(parsed.value().settings,
@@ -94,15 +103,23 @@ TEST(LaunchOptionsTest, ARefusalIsOneShortLine)
     EXPECT_EQ(message.substr(0, 26), "unknown option '--a?b?[31m");
 }
 
+TEST(LaunchOptionsTest, AKeychainThatTheBackendDoesNotHaveIsRefused)
+{
+    EXPECT_EQ(parseLaunchOptions({"--keychain=file"}, {}).error().message,
+        "unknown keychain 'file' (see --help)");
+}
+
 TEST(LaunchOptionsTest, TheHelpNamesEveryOptionAndTheChoiceOfKeychain)
 {
-    for (const std::string_view text : {"-h, --help", "-V, --version", "--diagnose",
-             "--keychain=secret-service", "--keychain=file", "-KEY VALUE",
-             "one line on standard error says so", "protected by file permissions"})
-        EXPECT_NE(launchHelp.find(text), std::string_view::npos) << text;
-    EXPECT_TRUE(launchHelp.starts_with("Usage: zarn-actions [OPTION]... [-KEY VALUE]...\n"));
-    EXPECT_EQ(launchHelp.find("secure"), std::string_view::npos);
-    EXPECT_EQ(launchHelp.back(), '\n');
+    const auto help = launchHelp(keychains);
+    for (const std::string_view text : {"-h, --help", "-V, --version", "--diagnose", "-KEY VALUE",
+             "one line on standard error says so",
+             "only if all is well\n  --keychain=secret-service\n                      only the "
+             "service\n  --keychain=file     only the file\n  -KEY VALUE"})
+        EXPECT_NE(help.find(text), std::string::npos) << text;
+    EXPECT_TRUE(help.starts_with("Usage: zarn-actions [OPTION]... [-KEY VALUE]...\n"));
+    EXPECT_EQ(help.find("secure"), std::string::npos);
+    EXPECT_EQ(help.back(), '\n');
 }
 
 } // namespace

@@ -4,7 +4,7 @@
 #include "app/zarn_actions_app.h"
 #include "platform/linux/files/posix_services.h"
 #include "platform/linux/keychain/file_keychain.h"
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 #include "platform/linux/queues/thread_serial_queue.h"
 #include "platform/linux/settings/plist_settings.h"
 #include "platform/linux/text/icu_text.h"
@@ -23,44 +23,15 @@ namespace {
 
 using namespace linux_backend;
 
-/// A file keychain with the reports that it needs.
-class ReportedFileKeychain final : public KeychainStore {
-public:
-    explicit ReportedFileKeychain(const ChurnFolders& folders)
-        : m_store(folders.data, folders.state, m_reports)
-    {
-    }
-    KeychainStatus add(const KeychainItem& item, Deadline deadline) override
-    {
-        return m_store.add(item, deadline);
-    }
-    KeychainStatus update(
-        const KeychainQuery& query, const Data& secret, Deadline deadline) override
-    {
-        return m_store.update(query, secret, deadline);
-    }
-    KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override
-    {
-        return m_store.copyMatching(query, deadline);
-    }
-    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override
-    {
-        return m_store.erase(query, deadline);
-    }
-    KeychainListing list(Deadline deadline) override { return m_store.list(deadline); }
-
-private:
-    KeychainReports m_reports{{}};
-    FileKeychain m_store;
-};
-
 class Churn {
 public:
     Churn(const ChurnFolders& folders, std::uint32_t seed, int journal)
         : m_settings(folders.settings, {{"agreedToTermsOfUse", true}}, nullptr)
         , m_files(folders.home)
-        , m_keychain(
-              m_mainQueue, [folders] { return std::make_unique<ReportedFileKeychain>(folders); })
+        , m_keychain(m_mainQueue,
+              [folders](CallContext& call) {
+                  return std::make_unique<FileKeychain>(folders.data, folders.state, call);
+              })
         , m_random(seed)
         , m_journal(journal)
     {
@@ -175,7 +146,7 @@ private:
     IcuTextServices m_texts;
     ThreadSerialQueues m_queues;
     TestMainQueue m_mainQueue;
-    LazyKeychain m_keychain;
+    KeychainThread m_keychain;
     std::mt19937 m_random;
     const int m_journal;
     ZarnActionsApp m_app{services(),

@@ -3,6 +3,7 @@
 // what was stored stays, the status and one line say what is in the way, and nothing is written
 // where a link leads.
 #include "platform/linux/keychain/file_keychain.h"
+#include "tests/support/begun_call.h"
 #include "tests/support/ordinary_user.h"
 #include "tests/support/scratch_folder.h"
 
@@ -38,19 +39,18 @@ protected:
             ::chmod(folder.c_str(), 0700);
     }
 
-    static Deadline soon() { return std::chrono::steady_clock::now() + std::chrono::seconds(5); }
     /// An add by a new run of the program.
     KeychainStatus add(const std::string& account)
     {
-        KeychainReports reports([this](const std::string& line) { lines.push_back(line); });
-        FileKeychain keychain(data, state, reports);
-        return keychain.add({"group", "ZPMA-host", account, {'p', 'w'}}, soon());
+        BegunCall call([this](const std::string& line) { lines.push_back(line); });
+        FileKeychain keychain(data, state, call);
+        return keychain.add({"group", "ZPMA-host", account, {'p', 'w'}});
     }
     KeychainStatus copy(const std::string& account)
     {
-        KeychainReports reports([this](const std::string& line) { lines.push_back(line); });
-        FileKeychain keychain(data, state, reports);
-        return keychain.copyMatching({"group", "ZPMA-host", account, true}, soon()).status;
+        BegunCall call([this](const std::string& line) { lines.push_back(line); });
+        FileKeychain keychain(data, state, call);
+        return keychain.copyMatching({"group", "ZPMA-host", account, true}).status;
     }
     /// Each new run tells it in one line, and answers so.
     void expectUnreadable(const std::string& problem)

@@ -2,6 +2,7 @@
 #include "platform/linux/keychain/file_keychain.h"
 #include "platform/linux/settings/plist_settings.h"
 #include "tests/robustness/churn.h"
+#include "tests/support/begun_call.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -155,11 +156,10 @@ void writeOnceMore(const ChurnFolders& folders, int round)
     for (const auto* name :
         {profilesSuite, "group.Q7X2M9K4TA.zarnactions", PlistSettings::standardIdentifier})
         EXPECT_TRUE(settings.domain(name)->trySet("round", round).ok());
-    KeychainReports reports({});
-    FileKeychain keychain(folders.data, folders.state, reports);
-    const auto soon = std::chrono::steady_clock::now() + std::chrono::seconds(10);
-    EXPECT_EQ(keychain.add({"group", "round", std::to_string(round), {}}, soon), 0);
-    EXPECT_EQ(keychain.erase({"group", "round", std::to_string(round)}, soon), 0);
+    BegunCall call;
+    FileKeychain keychain(folders.data, folders.state, call);
+    EXPECT_EQ(keychain.add({"group", "round", std::to_string(round), {}}), 0);
+    EXPECT_EQ(keychain.erase({"group", "round", std::to_string(round)}), 0);
     for (const auto& name : filesIn(folders.home))
         EXPECT_TRUE(name == "keychain" || name == "keychain.key" || name.ends_with(".lock")
             || name.ends_with(".plist"))
@@ -173,8 +173,8 @@ void checkWhatIsLeft(const ChurnFolders& folders, Expectation& expected)
     const auto profiles = settings.domain(profilesSuite)->object("serversDict");
     for (const auto* name : {"group.Q7X2M9K4TA.zarnactions", PlistSettings::standardIdentifier})
         settings.domain(name)->dictionary();
-    KeychainReports reports({});
-    const FileKeychain keychain(folders.data, folders.state, reports);
+    BegunCall call;
+    const FileKeychain keychain(folders.data, folders.state, call);
     KeychainContents contents;
     if (keychain.exists()) {
         EXPECT_EQ(keychain.read(contents), 0);

@@ -16,6 +16,9 @@ namespace {
 constexpr auto fileName = "/keychain";
 constexpr auto keyFileName = "/keychain.key";
 
+constexpr auto unreadable = "the keychain file cannot be read";
+constexpr auto unwritable = "the keychain file cannot be written";
+
 bool matches(const KeychainItem& item, const KeychainQuery& query)
 {
     return item.accessGroup == query.accessGroup && item.service == query.service
@@ -33,26 +36,18 @@ std::uint64_t now()
     return static_cast<std::uint64_t>(std::max<std::time_t>(std::time(nullptr), 0));
 }
 
-std::chrono::milliseconds remaining(Deadline deadline)
-{
-    const auto left = std::chrono::duration_cast<std::chrono::milliseconds>(
-        deadline - std::chrono::steady_clock::now());
-    return std::max(left, std::chrono::milliseconds(0));
-}
-
 } // namespace
 
-FileKeychain::FileKeychain(
-    std::string dataFolder, std::string stateFolder, KeychainReports& reports)
+FileKeychain::FileKeychain(std::string dataFolder, std::string stateFolder, CallContext& call)
     : m_path(dataFolder.empty() ? "" : std::move(dataFolder) + fileName)
     , m_keyPath(stateFolder.empty() ? "" : std::move(stateFolder) + keyFileName)
-    , m_reports(reports)
+    , m_call(call)
 {
 }
 
-KeychainStatus FileKeychain::failed(const Error& error, KeychainState state) const
+KeychainStatus FileKeychain::failed(const Error& error, const char* what) const
 {
-    m_reports.tell(state, error.message);
+    m_call.report(what, error.message);
     // Another program holds the lock: it is there, only slow.
     return error.code == ErrorCode::Unavailable ? keychain_status::interactionNotAllowed
                                                 : keychain_status::ioFailure;
@@ -66,10 +61,10 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
     if (!file && file.error().code == ErrorCode::NotFound)
         return keychain_status::success;
     if (!file)
-        return failed(file.error(), KeychainState::FileUnreadable);
+        return failed(file.error(), unreadable);
     auto key = readPrivateFile(m_keyPath, 2 * keychainKeySize);
     if (!key && key.error().code != ErrorCode::NotFound && key.error().code != ErrorCode::TooLarge)
-        return failed(key.error(), KeychainState::FileUnreadable);
+        return failed(key.error(), unreadable);
     const Wiped<std::string> secretKey(key ? std::move(key.value()) : std::string());
     auto opened = openKeychainFile(file.value(), secretKey.get());
     switch (opened.state) {
@@ -78,10 +73,11 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
         return keychain_status::success;
     case KeychainFileState::Damaged:
         damaged = true;
-        tellDamaged();
+        reportDamaged();
         return keychain_status::success;
     case KeychainFileState::UnknownVersion:
-        m_reports.tell(KeychainState::FileUnknownVersion, m_path);
+        m_call.report(
+            "the keychain file was written by a newer program; it is left untouched", m_path);
         return keychain_status::invalidKeychain;
     case KeychainFileState::Refused:
         break;
@@ -89,22 +85,27 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
     // Another process may have moved the items to a keyring service between the two reads.
     if (!key && !exists())
         return keychain_status::success;
-    m_reports.tell(
-        key ? KeychainState::FileRefused : KeychainState::FileKeyLost, key ? m_path : m_keyPath);
+    if (key)
+        m_call.report("the keychain file was changed by someone else or belongs to another key; it "
+                      "is left untouched",
+            m_path);
+    else
+        m_call.report(
+            "the key of the keychain file is missing; the file is left untouched", m_keyPath);
     return keychain_status::invalidKeychain;
 }
 
-void FileKeychain::tellDamaged() const
+void FileKeychain::reportDamaged() const
 {
     const auto kept = keepDamagedCopy(m_path);
-    m_reports.tell(KeychainState::FileDamaged,
+    m_call.report("the keychain file is damaged and reads as empty",
         kept ? m_path + " is kept as " + kept.value() : kept.error().message);
 }
 
 KeychainStatus FileKeychain::keyForWriting(std::string& key)
 {
     if (const auto made = makeOwnFolder(m_keyPath.substr(0, m_keyPath.rfind('/'))); !made)
-        return failed(made.error(), KeychainState::FileUnwritable);
+        return failed(made.error(), unwritable);
     auto stored = readPrivateFile(m_keyPath, 2 * keychainKeySize);
     if (stored && stored.value().size() == keychainKeySize) {
         key = std::move(stored.value());
@@ -112,19 +113,18 @@ KeychainStatus FileKeychain::keyForWriting(std::string& key)
     }
     const bool isMissing = !stored && stored.error().code == ErrorCode::NotFound;
     if (!isMissing && !stored && stored.error().code != ErrorCode::TooLarge)
-        return failed(stored.error(), KeychainState::FileUnreadable);
+        return failed(stored.error(), unreadable);
     // Nothing is encrypted with this key (there is no keychain), yet it is kept: the keychain that
     // it belongs to may come back from a backup.
     if (!isMissing) {
         if (const auto kept = keepDamagedCopy(m_keyPath); !kept)
-            return failed(kept.error(), KeychainState::FileUnwritable);
+            return failed(kept.error(), unwritable);
     }
     key = newKeychainKey();
     if (key.empty())
         return keychain_status::ioFailure;
     const auto written = replacePrivateFile(m_keyPath, key);
-    return written ? keychain_status::success
-                   : failed(written.error(), KeychainState::FileUnwritable);
+    return written ? keychain_status::success : failed(written.error(), unwritable);
 }
 
 KeychainStatus FileKeychain::write(const KeychainContents& contents, bool damaged)
@@ -134,23 +134,22 @@ KeychainStatus FileKeychain::write(const KeychainContents& contents, bool damage
         return status;
     const auto bytes = sealKeychainFile(contents, key.get());
     if (bytes.empty())
-        return failed({ErrorCode::TooLarge, "too large"}, KeychainState::FileUnwritable);
+        return failed({ErrorCode::TooLarge, "too large"}, unwritable);
     if (damaged) {
         if (const auto kept = keepDamagedCopy(m_path); !kept)
-            return failed(kept.error(), KeychainState::FileUnwritable);
+            return failed(kept.error(), unwritable);
     }
     const auto written = replacePrivateFile(m_path, bytes);
-    return written ? keychain_status::success
-                   : failed(written.error(), KeychainState::FileUnwritable);
+    return written ? keychain_status::success : failed(written.error(), unwritable);
 }
 
-KeychainStatus FileKeychain::change(Deadline deadline, const Edit& edit)
+KeychainStatus FileKeychain::change(const Edit& edit)
 {
     if (m_path.empty() || m_keyPath.empty())
         return keychain_status::notAvailable;
-    const auto lock = FileLock::acquire(m_path, remaining(deadline));
+    const auto lock = FileLock::acquire(m_path, m_call.timeLeft());
     if (!lock)
-        return failed(lock.error(), KeychainState::FileUnwritable);
+        return failed(lock.error(), unwritable);
     KeychainContents contents;
     bool damaged = false;
     if (const auto status = load(contents, damaged); status != keychain_status::success)
@@ -161,9 +160,9 @@ KeychainStatus FileKeychain::change(Deadline deadline, const Edit& edit)
     return write(contents, damaged);
 }
 
-KeychainStatus FileKeychain::add(const KeychainItem& item, Deadline deadline)
+KeychainStatus FileKeychain::add(const KeychainItem& item)
 {
-    return change(deadline, [&](std::vector<StoredItem>& items) {
+    return change([&](std::vector<StoredItem>& items) {
         const KeychainQuery same{item.accessGroup, item.service, item.account, true};
         if (firstMatch(items, same) != items.end())
             return keychain_status::duplicateItem;
@@ -172,10 +171,9 @@ KeychainStatus FileKeychain::add(const KeychainItem& item, Deadline deadline)
     });
 }
 
-KeychainStatus FileKeychain::update(
-    const KeychainQuery& query, const Data& secret, Deadline deadline)
+KeychainStatus FileKeychain::update(const KeychainQuery& query, const Data& secret)
 {
-    return change(deadline, [&](std::vector<StoredItem>& items) {
+    return change([&](std::vector<StoredItem>& items) {
         const auto match = firstMatch(items, query);
         if (match == items.end())
             return keychain_status::itemNotFound;
@@ -192,7 +190,7 @@ KeychainStatus FileKeychain::read(KeychainContents& contents) const
     return load(contents, damaged);
 }
 
-KeychainMatch FileKeychain::copyMatching(const KeychainQuery& query, Deadline)
+KeychainMatch FileKeychain::copyMatching(const KeychainQuery& query)
 {
     // A reader needs no lock: the file is replaced as a whole.
     KeychainContents contents;
@@ -204,7 +202,7 @@ KeychainMatch FileKeychain::copyMatching(const KeychainQuery& query, Deadline)
     return {keychain_status::success, match->item};
 }
 
-KeychainListing FileKeychain::list(Deadline)
+KeychainListing FileKeychain::list()
 {
     KeychainContents contents;
     KeychainListing listing{read(contents), {}};
@@ -220,23 +218,23 @@ bool FileKeychain::exists() const
     return !m_path.empty() && ::lstat(m_path.c_str(), &status) == 0;
 }
 
-KeychainStatus FileKeychain::erase(const KeychainQuery& query, Deadline deadline)
+KeychainStatus FileKeychain::erase(const KeychainQuery& query)
 {
-    auto match = copyMatching(query, deadline);
+    auto match = copyMatching(query);
     if (!match.item)
         return match.status;
     std::vector<StoredItem> items(1);
     items[0].item = std::move(*match.item);
-    const auto status = remove(items, deadline);
+    const auto status = remove(items);
     wipe(items[0].item.secret);
     return status;
 }
 
-KeychainStatus FileKeychain::remove(const std::vector<StoredItem>& items, Deadline deadline)
+KeychainStatus FileKeychain::remove(const std::vector<StoredItem>& items)
 {
-    const auto lock = FileLock::acquire(m_path, remaining(deadline));
+    const auto lock = FileLock::acquire(m_path, m_call.timeLeft());
     if (!lock)
-        return failed(lock.error(), KeychainState::FileUnwritable);
+        return failed(lock.error(), unwritable);
     KeychainContents contents;
     bool damaged = false;
     if (const auto status = load(contents, damaged); status != keychain_status::success || damaged)
@@ -256,7 +254,7 @@ KeychainStatus FileKeychain::remove(const std::vector<StoredItem>& items, Deadli
     // The key goes last: a keychain without its key would be lost, a key alone harms nothing.
     for (const auto& path : {m_path + ".tmp", m_path, m_keyPath + ".tmp", m_keyPath}) {
         if (const auto removed = removePrivateFile(path); !removed)
-            return failed(removed.error(), KeychainState::FileUnwritable);
+            return failed(removed.error(), unwritable);
     }
     return keychain_status::success;
 }

@@ -2,8 +2,8 @@
 #pragma once
 
 #include "base/result.h"
+#include "platform/linux/keychain/call_context.h"
 #include "platform/linux/keychain/keychain_file_format.h"
-#include "platform/linux/keychain/keychain_reports.h"
 
 namespace zarn::linux_backend {
 
@@ -11,14 +11,13 @@ namespace zarn::linux_backend {
 /// that a copy of the data folder alone tells nothing. Several processes may use it at a time.
 class FileKeychain final : public KeychainStore {
 public:
-    FileKeychain(std::string dataFolder, std::string stateFolder, KeychainReports& reports);
+    FileKeychain(std::string dataFolder, std::string stateFolder, CallContext& call);
 
-    KeychainStatus add(const KeychainItem& item, Deadline deadline) override;
-    KeychainStatus update(
-        const KeychainQuery& query, const Data& secret, Deadline deadline) override;
-    KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override;
-    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override;
-    KeychainListing list(Deadline deadline) override;
+    KeychainStatus add(const KeychainItem& item) override;
+    KeychainStatus update(const KeychainQuery& query, const Data& secret) override;
+    KeychainMatch copyMatching(const KeychainQuery& query) override;
+    KeychainStatus erase(const KeychainQuery& query) override;
+    KeychainListing list() override;
 
     /// Whether a keychain file is there, in whatever state.
     bool exists() const;
@@ -26,23 +25,23 @@ public:
     KeychainStatus read(KeychainContents& contents) const;
     /// Takes the given items out, unless their secret has changed since; an empty keychain's files
     /// are deleted, the key last.
-    KeychainStatus remove(const std::vector<StoredItem>& items, Deadline deadline);
+    KeychainStatus remove(const std::vector<StoredItem>& items);
 
 private:
     /// An edit of the items; its status decides whether they are written.
     using Edit = std::function<KeychainStatus(std::vector<StoredItem>&)>;
-    KeychainStatus change(Deadline deadline, const Edit& edit);
+    KeychainStatus change(const Edit& edit);
     KeychainStatus load(KeychainContents& contents, bool& damaged) const;
     /// Keeps the damaged file beside the one that the next write makes, and says so.
-    void tellDamaged() const;
+    void reportDamaged() const;
     KeychainStatus write(const KeychainContents& contents, bool damaged);
     /// The key, made when there is neither key nor keychain.
     KeychainStatus keyForWriting(std::string& key);
-    KeychainStatus failed(const Error& error, KeychainState state) const;
+    KeychainStatus failed(const Error& error, const char* what) const;
 
     std::string m_path;
     std::string m_keyPath;
-    KeychainReports& m_reports;
+    CallContext& m_call;
 };
 
 } // namespace zarn::linux_backend

@@ -12,13 +12,13 @@ using namespace std::chrono_literals;
 /// Shared with the callback, which may come long after the wait has been given up.
 struct Pending {
     ObjectPtr<GAsyncResult> result;
-    bool givenUp = false;
+    bool isGivenUp = false;
 };
 
 void ready(GObject*, GAsyncResult* result, gpointer data)
 {
     std::unique_ptr<Pending> pending(static_cast<Pending*>(data));
-    if (pending->givenUp)
+    if (pending->isGivenUp)
         return;
     pending->result.reset(static_cast<GAsyncResult*>(g_object_ref(result)));
     static_cast<void>(pending.release());
@@ -31,8 +31,9 @@ gboolean wakeUp(gpointer)
 
 } // namespace
 
-GlibAwait::GlibAwait()
-    : m_context(g_main_context_new())
+GlibAwait::GlibAwait(const CallContext& call)
+    : m_call(call)
+    , m_context(g_main_context_new())
 {
 }
 
@@ -41,22 +42,24 @@ GlibAwait::~GlibAwait()
     g_main_context_unref(m_context);
 }
 
-bool GlibAwait::until(const std::function<bool()>& done, Deadline deadline)
+void GlibAwait::iterate(const std::function<bool()>& isFinished, std::chrono::milliseconds limit)
 {
     const Scope scope(*this);
-    const auto left
-        = std::chrono::ceil<std::chrono::milliseconds>(deadline - std::chrono::steady_clock::now());
-    // The source only ends the iteration that would otherwise wait for ever.
-    GSource* const timer = g_timeout_source_new(static_cast<guint>(std::max(left, 1ms).count()));
+    // The timer only ends the iteration that would otherwise wait forever.
+    GSource* const timer = g_timeout_source_new(static_cast<guint>(std::max(limit, 1ms).count()));
     g_source_set_callback(timer, wakeUp, nullptr, nullptr);
     g_source_attach(timer, m_context);
-    bool isDone = done();
-    while (!isDone && std::chrono::steady_clock::now() < deadline) {
+    while (!isFinished())
         g_main_context_iteration(m_context, TRUE);
-        isDone = done();
-    }
     g_source_destroy(timer);
     g_source_unref(timer);
+}
+
+bool GlibAwait::until(const std::function<bool()>& done)
+{
+    const std::stop_callback wake(m_call.stopToken(), [this] { g_main_context_wakeup(m_context); });
+    bool isDone = false;
+    iterate([&] { return (isDone = done()) || m_call.isOver(); }, m_call.timeLeft());
     return isDone;
 }
 
@@ -66,7 +69,7 @@ void GlibAwait::poll()
     while (g_main_context_iteration(m_context, FALSE)) { }
 }
 
-ObjectPtr<GAsyncResult> GlibAwait::result(const Start& start, Deadline deadline)
+ObjectPtr<GAsyncResult> GlibAwait::result(const Start& start)
 {
     auto pending = std::make_unique<Pending>();
     const ObjectPtr<GCancellable> cancellable(g_cancellable_new());
@@ -75,17 +78,17 @@ ObjectPtr<GAsyncResult> GlibAwait::result(const Start& start, Deadline deadline)
         start(cancellable.get(), &ready, pending.get());
     }
     const auto arrived = [&] { return pending->result != nullptr; };
-    if (!until(arrived, deadline)) {
-        g_cancellable_cancel(cancellable.get());
-        // A cancelled call usually answers at once, and then nothing is left behind.
-        until(arrived, std::chrono::steady_clock::now() + 50ms);
-        if (!arrived()) {
-            pending->givenUp = true;
-            static_cast<void>(pending.release());
-        }
-        return nullptr;
+    if (until(arrived))
+        return std::move(pending->result);
+    g_cancellable_cancel(cancellable.get());
+    // A cancelled call usually ends at once, and then nothing is left behind.
+    const auto giveUp = std::chrono::steady_clock::now() + 50ms;
+    iterate([&] { return arrived() || std::chrono::steady_clock::now() >= giveUp; }, 50ms);
+    if (!arrived()) {
+        pending->isGivenUp = true;
+        static_cast<void>(pending.release());
     }
-    return std::move(pending->result);
+    return nullptr;
 }
 
 } // namespace zarn::linux_backend

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/keychain/call_context.h"
 #include "platform/linux/keychain/keychain_store.h"
 
 #include <memory>
 
 namespace zarn::linux_backend {
 
-/// Chooses the place where items are kept and opens it. The choice is made here, once, and holds
-/// for the life of the store; when it is the file, one line says so. Call it on the thread that
-/// will use the store; it answers within seconds whatever state the session bus is in.
-std::unique_ptr<KeychainStore> makeKeychainStore(const KeychainOptions& options);
+/// Chooses the place where items are kept, once for the life of the store, and opens it. Call it on
+/// the thread that will use the store; it returns within seconds whatever state the session bus is
+/// in. `call` outlives the store.
+std::unique_ptr<KeychainStore> makeKeychainStore(const KeychainOptions& options, CallContext& call);
 
 } // namespace zarn::linux_backend

@@ -4,7 +4,7 @@
 #include "platform/linux/keychain/keychain_factory.h"
 
 zarn::linux_backend::KeychainStore* zarnMakeKeychainStore(
-    const zarn::linux_backend::KeychainOptions* options)
+    const zarn::linux_backend::KeychainOptions* options, zarn::linux_backend::CallContext* call)
 {
-    return zarn::linux_backend::makeKeychainStore(*options).release();
+    return zarn::linux_backend::makeKeychainStore(*options, *call).release();
 }

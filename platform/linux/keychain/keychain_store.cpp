@@ -7,9 +7,9 @@ namespace zarn::linux_backend {
 
 std::optional<KeychainChoice> keychainChoice(std::string_view name)
 {
-    if (name == "secret-service")
+    if (name == keychainKinds[0].name)
         return KeychainChoice::SecretService;
-    if (name == "file")
+    if (name == keychainKinds[1].name)
         return KeychainChoice::File;
     return std::nullopt;
 }
@@ -17,7 +17,7 @@ std::optional<KeychainChoice> keychainChoice(std::string_view name)
 KeychainOptions keychainOptions(KeychainChoice choice)
 {
     const auto paths = Paths::fromEnvironment();
-    return {choice, paths.data, paths.state, true, {}};
+    return {choice, paths.data, paths.state, true};
 }
 
 std::optional<std::string> keychainMessageText(KeychainStatus status)

@@ -3,10 +3,8 @@
 
 #include "platform/keychain.h"
 
-#include <chrono>
+#include <array>
 #include <cstdint>
-#include <functional>
-#include <memory>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -14,14 +12,16 @@
 
 namespace zarn::linux_backend {
 
-/// The moment by which a call has to answer.
-using Deadline = std::chrono::steady_clock::time_point;
-
 /// What `--keychain=` forces. Automatic: the keyring service, or the file where there provably is
 /// no such service.
 enum class KeychainChoice { Automatic, SecretService, File };
 
-/// The choice that a command line names: "secret-service" or "file".
+/// The keychains that can be forced, in the order of the help.
+inline constexpr std::array<KeychainKind, 2> keychainKinds{
+    {{"secret-service", "keep secrets in the keyring service of the desktop, nowhere else"},
+        {"file", "keep secrets in a file protected by file permissions"}}};
+
+/// The choice that a command line names: one of keychainKinds.
 std::optional<KeychainChoice> keychainChoice(std::string_view name);
 
 /// An item with its times, in seconds since 1970-01-01 00:00 UTC.
@@ -37,21 +37,20 @@ struct KeychainListing {
     std::vector<StoredItem> items;
 };
 
-/// One place where items are kept. One thread at a time; a call may block until its deadline, and
-/// whoever serves the main thread runs it elsewhere (see LazyKeychain).
+/// One place where items are kept. One thread at a time; a call may block until the call of the
+/// context that the store was made with is over, so whoever serves the main thread runs it
+/// elsewhere (see KeychainThread).
 class KeychainStore {
 public:
     virtual ~KeychainStore() = default;
 
-    virtual KeychainStatus add(const KeychainItem& item, Deadline deadline) = 0;
-    virtual KeychainStatus update(const KeychainQuery& query, const Data& secret, Deadline deadline)
-        = 0;
-    virtual KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) = 0;
-    /// Removes the first match. The program itself never does; its diagnosis cleans up after
-    /// itself.
-    virtual KeychainStatus erase(const KeychainQuery& query, Deadline deadline) = 0;
+    virtual KeychainStatus add(const KeychainItem& item) = 0;
+    virtual KeychainStatus update(const KeychainQuery& query, const Data& secret) = 0;
+    virtual KeychainMatch copyMatching(const KeychainQuery& query) = 0;
+    /// Removes the first match. Only the diagnosis does, to clean up after itself.
+    virtual KeychainStatus erase(const KeychainQuery& query) = 0;
     /// Every item of the product, without secrets.
-    virtual KeychainListing list(Deadline deadline) = 0;
+    virtual KeychainListing list() = 0;
 };
 
 /// What a store is made from. Plain data: it crosses the border of a shared module.
@@ -62,8 +61,6 @@ struct KeychainOptions {
     std::string stateFolder;
     /// Whether items of the file keychain move to a keyring service that has appeared.
     bool moveItems = true;
-    /// Takes one line about the store's state; standard error when empty. Any thread.
-    std::function<void(const std::string&)> report;
 };
 
 /// Options with this user's folders.
@@ -71,14 +68,5 @@ KeychainOptions keychainOptions(KeychainChoice choice);
 
 /// The text for a status; none for -25308.
 std::optional<std::string> keychainMessageText(KeychainStatus status);
-
-/// Statuses beyond those that every backend has.
-namespace keychain_status {
-using namespace zarn::keychain_status;
-inline constexpr KeychainStatus ioFailure = -36;
-inline constexpr KeychainStatus readOnly = -25292;
-inline constexpr KeychainStatus invalidKeychain = -25295;
-inline constexpr KeychainStatus noDefaultKeychain = -25307;
-} // namespace keychain_status
 
 } // namespace zarn::linux_backend

@@ -21,39 +21,40 @@ struct WipedItem {
 } // namespace
 
 MovingKeychain::MovingKeychain(std::unique_ptr<SecretServiceKeychain> service,
-    std::unique_ptr<FileKeychain> file, bool moves, KeychainReports& reports)
+    std::unique_ptr<FileKeychain> file, bool moves, CallContext& call)
     : m_service(std::move(service))
     , m_file(std::move(file))
     , m_moves(moves)
-    , m_reports(reports)
+    , m_call(call)
 {
 }
 
-KeychainStatus MovingKeychain::moveOne(const StoredItem& stored, bool& moved, Deadline deadline)
+KeychainStatus MovingKeychain::moveOne(const StoredItem& stored, bool& moved)
 {
     const auto query = queryFor(stored.item);
     WipedItem found;
-    auto status = m_service->find(query, found.stored, deadline);
+    auto status = m_service->find(query, found.stored);
     if (status == keychain_status::itemNotFound) {
-        status = m_service->add(stored.item, deadline);
+        status = m_service->add(stored.item);
     } else if (status == keychain_status::success
         && found.stored.item.secret != stored.item.secret) {
         // Whichever was written last is the one that is right. The other one is not thrown away.
         if (found.stored.modified >= stored.modified) {
-            m_reports.tell(KeychainState::MoveConflict);
+            m_call.report("the keyring holds newer items than the keychain file; the older ones "
+                          "stay there");
             return keychain_status::success;
         }
-        status = m_service->update(query, stored.item.secret, deadline);
+        status = m_service->update(query, stored.item.secret);
     }
     if (status != keychain_status::success)
         return status;
     WipedItem copy;
-    status = m_service->find(query, copy.stored, deadline);
+    status = m_service->find(query, copy.stored);
     moved = status == keychain_status::success && copy.stored.item.secret == stored.item.secret;
     return status;
 }
 
-void MovingKeychain::moveAll(Deadline deadline)
+void MovingKeychain::moveAll()
 {
     KeychainContents contents;
     if (!m_moves || !m_file->exists() || m_file->read(contents) != keychain_status::success)
@@ -61,54 +62,53 @@ void MovingKeychain::moveAll(Deadline deadline)
     std::vector<StoredItem> done;
     for (const auto& stored : contents.items) {
         bool moved = false;
-        if (moveOne(stored, moved, deadline) != keychain_status::success)
+        if (moveOne(stored, moved) != keychain_status::success)
             break;
         if (moved)
             done.push_back(stored);
     }
-    if (!done.empty() && m_file->remove(done, deadline) == keychain_status::success)
-        m_reports.tell(KeychainState::Moved);
+    if (!done.empty() && m_file->remove(done) == keychain_status::success)
+        m_call.report("items were moved from the keychain file to the keyring");
     for (auto& stored : done)
         wipe(stored.item.secret);
 }
 
-KeychainStatus MovingKeychain::add(const KeychainItem& item, Deadline deadline)
+KeychainStatus MovingKeychain::add(const KeychainItem& item)
 {
-    moveAll(deadline);
-    return m_service->add(item, deadline);
+    moveAll();
+    return m_service->add(item);
 }
 
-KeychainStatus MovingKeychain::update(
-    const KeychainQuery& query, const Data& secret, Deadline deadline)
+KeychainStatus MovingKeychain::update(const KeychainQuery& query, const Data& secret)
 {
-    moveAll(deadline);
-    return m_service->update(query, secret, deadline);
+    moveAll();
+    return m_service->update(query, secret);
 }
 
-KeychainMatch MovingKeychain::copyMatching(const KeychainQuery& query, Deadline deadline)
+KeychainMatch MovingKeychain::copyMatching(const KeychainQuery& query)
 {
-    moveAll(deadline);
-    auto match = m_service->copyMatching(query, deadline);
+    moveAll();
+    auto match = m_service->copyMatching(query);
     if (match.status == keychain_status::itemNotFound && m_file->exists())
-        return m_file->copyMatching(query, deadline);
+        return m_file->copyMatching(query);
     return match;
 }
 
-KeychainStatus MovingKeychain::erase(const KeychainQuery& query, Deadline deadline)
+KeychainStatus MovingKeychain::erase(const KeychainQuery& query)
 {
-    const auto status = m_service->erase(query, deadline);
+    const auto status = m_service->erase(query);
     if (status == keychain_status::itemNotFound && m_file->exists())
-        return m_file->erase(query, deadline);
+        return m_file->erase(query);
     return status;
 }
 
-KeychainListing MovingKeychain::list(Deadline deadline)
+KeychainListing MovingKeychain::list()
 {
-    moveAll(deadline);
-    auto listing = m_service->list(deadline);
+    moveAll();
+    auto listing = m_service->list();
     if (listing.status != keychain_status::success || !m_file->exists())
         return listing;
-    for (auto& left : m_file->list(deadline).items) {
+    for (auto& left : m_file->list().items) {
         const auto same = [&](const StoredItem& stored) {
             return stored.item.accessGroup == left.item.accessGroup
                 && stored.item.service == left.item.service

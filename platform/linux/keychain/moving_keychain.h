@@ -6,33 +6,32 @@
 
 namespace zarn::linux_backend {
 
-/// The keyring service, after items have been left in the file keychain by a run that had no such
-/// service. They move over before the first answer: each is stored, read back and compared, and
-/// only when all are there does the file go. While one could not be moved, look-ups that find
-/// nothing in the keyring go on to the file.
+/// The keyring service, together with the file keychain that an earlier run without such a service
+/// may have left behind. Before each call, items move over from the file: each is stored, read back
+/// and compared, and only then taken out of the file. While an item could not be moved, a look-up
+/// that finds nothing in the keyring continues in the file.
 class MovingKeychain final : public KeychainStore {
 public:
     /// Without `moves`, items stay where they are and are only looked up.
     MovingKeychain(std::unique_ptr<SecretServiceKeychain> service,
-        std::unique_ptr<FileKeychain> file, bool moves, KeychainReports& reports);
+        std::unique_ptr<FileKeychain> file, bool moves, CallContext& call);
 
-    KeychainStatus add(const KeychainItem& item, Deadline deadline) override;
-    KeychainStatus update(
-        const KeychainQuery& query, const Data& secret, Deadline deadline) override;
-    KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override;
-    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override;
-    KeychainListing list(Deadline deadline) override;
+    KeychainStatus add(const KeychainItem& item) override;
+    KeychainStatus update(const KeychainQuery& query, const Data& secret) override;
+    KeychainMatch copyMatching(const KeychainQuery& query) override;
+    KeychainStatus erase(const KeychainQuery& query) override;
+    KeychainListing list() override;
 
 private:
-    /// Success when nothing is left to move.
-    void moveAll(Deadline deadline);
-    /// Whether the keyring holds the item now, and the file's copy may go.
-    KeychainStatus moveOne(const StoredItem& stored, bool& moved, Deadline deadline);
+    void moveAll();
+    /// Stores one item in the keyring, unless the keyring has a newer secret for it. `moved` is set
+    /// once the keyring is seen to hold it, so that the file's copy can go.
+    KeychainStatus moveOne(const StoredItem& stored, bool& moved);
 
     std::unique_ptr<SecretServiceKeychain> m_service;
     std::unique_ptr<FileKeychain> m_file;
     const bool m_moves;
-    KeychainReports& m_reports;
+    CallContext& m_call;
 };
 
 } // namespace zarn::linux_backend

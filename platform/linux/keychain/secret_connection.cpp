@@ -85,6 +85,11 @@ std::optional<std::string> sessionBusAddress()
     return text;
 }
 
+SecretConnection::SecretConnection(const CallContext& call)
+    : m_await(call)
+{
+}
+
 SecretConnection::~SecretConnection()
 {
     close();
@@ -93,8 +98,7 @@ SecretConnection::~SecretConnection()
 }
 
 SecretConnection::Reply SecretConnection::callOn(const char* destination, const char* path,
-    const char* interface, const char* method, GVariant* arguments, const char* replyType,
-    Deadline deadline)
+    const char* interface, const char* method, GVariant* arguments, const char* replyType)
 {
     const VariantPtr held(arguments ? g_variant_ref_sink(arguments) : nullptr);
     const auto result = m_await.result(
@@ -102,8 +106,7 @@ SecretConnection::Reply SecretConnection::callOn(const char* destination, const 
             g_dbus_connection_call(m_bus.get(), destination, path, interface, method, held.get(),
                 G_VARIANT_TYPE(replyType), G_DBUS_CALL_FLAGS_NONE, G_MAXINT, cancellable, callback,
                 data);
-        },
-        deadline);
+        });
     Reply reply;
     if (!result)
         return reply;
@@ -120,16 +123,16 @@ SecretConnection::Reply SecretConnection::callOn(const char* destination, const 
 }
 
 SecretConnection::Reply SecretConnection::call(const char* path, const char* interface,
-    const char* method, GVariant* arguments, const char* replyType, Deadline deadline)
+    const char* method, GVariant* arguments, const char* replyType)
 {
-    return callOn(serviceName, path, interface, method, arguments, replyType, deadline);
+    return callOn(serviceName, path, interface, method, arguments, replyType);
 }
 
 SecretConnection::Reply SecretConnection::property(
-    const char* path, const char* interface, const char* name, Deadline deadline)
+    const char* path, const char* interface, const char* name)
 {
     auto reply = call(path, "org.freedesktop.DBus.Properties", "Get",
-        g_variant_new("(ss)", interface, name), "(v)", deadline);
+        g_variant_new("(ss)", interface, name), "(v)");
     if (reply.ok()) {
         GVariant* inner = nullptr;
         g_variant_get(reply.value.get(), "(v)", &inner);
@@ -138,7 +141,7 @@ SecretConnection::Reply SecretConnection::property(
     return reply;
 }
 
-CallOutcome SecretConnection::openBus(Deadline deadline)
+CallOutcome SecretConnection::openBus()
 {
     if (m_bus && !g_dbus_connection_is_closed(m_bus.get()))
         return CallOutcome::Answered;
@@ -147,8 +150,7 @@ CallOutcome SecretConnection::openBus(Deadline deadline)
     const auto result = m_await.result(
         [&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
             g_bus_get(G_BUS_TYPE_SESSION, cancellable, callback, data);
-        },
-        deadline);
+        });
     if (!result)
         return CallOutcome::NotAnswering;
     GError* error = nullptr;
@@ -166,10 +168,10 @@ CallOutcome SecretConnection::openBus(Deadline deadline)
     return CallOutcome::Answered;
 }
 
-CallOutcome SecretConnection::findService(Deadline deadline)
+CallOutcome SecretConnection::findService()
 {
-    const auto owned = callOn(busName, busPath, busName, "NameHasOwner",
-        g_variant_new("(s)", serviceName), "(b)", deadline);
+    const auto owned = callOn(
+        busName, busPath, busName, "NameHasOwner", g_variant_new("(s)", serviceName), "(b)");
     if (!owned.ok())
         return owned.outcome;
     gboolean hasOwner = FALSE;
@@ -177,21 +179,20 @@ CallOutcome SecretConnection::findService(Deadline deadline)
     if (hasOwner)
         return CallOutcome::Answered;
     const auto activatable
-        = callOn(busName, busPath, busName, "ListActivatableNames", nullptr, "(as)", deadline);
+        = callOn(busName, busPath, busName, "ListActivatableNames", nullptr, "(as)");
     if (!activatable.ok())
         return activatable.outcome;
     const VariantPtr names(g_variant_get_child_value(activatable.value.get(), 0));
     return contains(names.get(), serviceName) ? CallOutcome::Answered : CallOutcome::Absent;
 }
 
-CallOutcome SecretConnection::openSession(Deadline deadline)
+CallOutcome SecretConnection::openSession()
 {
     const auto result = m_await.result(
         [&](GCancellable* cancellable, GAsyncReadyCallback callback, gpointer data) {
             secret_service_open(SECRET_TYPE_SERVICE, serviceName, SECRET_SERVICE_OPEN_SESSION,
                 cancellable, callback, data);
-        },
-        deadline);
+        });
     if (!result)
         return CallOutcome::NotAnswering;
     GError* error = nullptr;
@@ -204,22 +205,22 @@ CallOutcome SecretConnection::openSession(Deadline deadline)
     return outcome == CallOutcome::Absent ? CallOutcome::NotAnswering : outcome;
 }
 
-CallOutcome SecretConnection::find(Deadline deadline)
+CallOutcome SecretConnection::find()
 {
-    const auto outcome = openBus(deadline);
-    return outcome == CallOutcome::Answered ? findService(deadline) : outcome;
+    const auto outcome = openBus();
+    return outcome == CallOutcome::Answered ? findService() : outcome;
 }
 
-CallOutcome SecretConnection::open(Deadline deadline)
+CallOutcome SecretConnection::open()
 {
     // Lets the news arrive that the service has left the bus.
     m_await.poll();
     if (isOpen())
         return CallOutcome::Answered;
     m_service.reset();
-    auto outcome = find(deadline);
+    auto outcome = find();
     if (outcome == CallOutcome::Answered)
-        outcome = openSession(deadline);
+        outcome = openSession();
     m_owner = m_service ? currentOwner() : "";
     if (outcome != CallOutcome::Answered)
         close();

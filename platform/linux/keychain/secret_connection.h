@@ -2,7 +2,6 @@
 #pragma once
 
 #include "platform/linux/keychain/glib_await.h"
-#include "platform/linux/keychain/keychain_reports.h"
 
 #include <libsecret/secret.h>
 
@@ -26,7 +25,8 @@ enum class CallOutcome {
 };
 
 /// Calls to the keyring service (org.freedesktop.secrets) over an encrypted session, each bounded
-/// by a deadline. Connects on first use and again after a failure. One thread at a time.
+/// by the call of the context. Connects on first use and again after a failure. One thread at a
+/// time.
 class SecretConnection {
 public:
     struct Reply {
@@ -37,21 +37,21 @@ public:
         bool ok() const { return outcome == CallOutcome::Answered; }
     };
 
-    SecretConnection() = default;
+    explicit SecretConnection(const CallContext& call);
     ~SecretConnection();
     SecretConnection(const SecretConnection&) = delete;
     SecretConnection& operator=(const SecretConnection&) = delete;
 
     /// Asks the bus for the service without talking to it: Answered when it runs or can be started.
-    CallOutcome find(Deadline deadline);
+    CallOutcome find();
     /// Opens the session. Absent: the bus answers, and neither runs such a service nor can start
     /// one.
-    CallOutcome open(Deadline deadline);
+    CallOutcome open();
     /// Calls a method and checks the type of its reply. Only after open() has answered Answered.
     Reply call(const char* path, const char* interface, const char* method, GVariant* arguments,
-        const char* replyType, Deadline deadline);
+        const char* replyType);
     /// A property of an object of the service; the reply's value is the property itself.
-    Reply property(const char* path, const char* interface, const char* name, Deadline deadline);
+    Reply property(const char* path, const char* interface, const char* name);
     /// Forgets the session; the next open() makes a new one.
     void close();
 
@@ -62,12 +62,12 @@ public:
     GlibAwait& await() { return m_await; }
 
 private:
-    CallOutcome openBus(Deadline deadline);
-    CallOutcome findService(Deadline deadline);
-    CallOutcome openSession(Deadline deadline);
+    CallOutcome openBus();
+    CallOutcome findService();
+    CallOutcome openSession();
     std::string currentOwner() const;
     Reply callOn(const char* destination, const char* path, const char* interface,
-        const char* method, GVariant* arguments, const char* replyType, Deadline deadline);
+        const char* method, GVariant* arguments, const char* replyType);
 
     GlibAwait m_await;
     ObjectPtr<GDBusConnection> m_bus;

@@ -17,6 +17,8 @@ constexpr auto serviceInterface = "org.freedesktop.Secret.Service";
 constexpr auto collectionInterface = "org.freedesktop.Secret.Collection";
 constexpr auto itemInterface = "org.freedesktop.Secret.Item";
 
+constexpr auto itemGone = "an item disappeared from the keyring while it was being read";
+
 void addAttribute(GVariantBuilder& builder, const char* name, const std::string& value)
 {
     g_variant_builder_add(&builder, "{ss}", name, value.c_str());
@@ -61,7 +63,7 @@ bool canBeAttribute(const std::string& text)
     return text.find('\0') == std::string::npos && isUtf8(text);
 }
 
-bool canBeAsked(const KeychainQuery& query)
+bool canBeStored(const KeychainQuery& query)
 {
     return canBeAttribute(query.service) && canBeAttribute(query.accessGroup)
         && (!query.account || canBeAttribute(*query.account));
@@ -69,38 +71,34 @@ bool canBeAsked(const KeychainQuery& query)
 
 } // namespace
 
-SecretServiceKeychain::SecretServiceKeychain(KeychainReports& reports)
-    : m_reports(reports)
-    , m_keyring(reports)
+SecretServiceKeychain::SecretServiceKeychain(CallContext& call)
+    : m_call(call)
+    , m_keyring(call)
 {
 }
 
-SecretServiceKeychain::~SecretServiceKeychain() = default;
-
-KeychainStatus SecretServiceKeychain::searchPaths(
-    const KeychainQuery* query, Paths& paths, Deadline deadline)
+KeychainStatus SecretServiceKeychain::searchPaths(const KeychainQuery* query, Paths& paths)
 {
-    const auto reply = m_keyring.connection().call(servicePath, serviceInterface, "SearchItems",
-        g_variant_new("(@a{ss})", attributesOf(query)), "(aoao)", deadline);
-    if (!reply.ok())
-        return m_keyring.failed(reply.outcome, reply.errorName);
-    paths.unlocked = pathsIn(reply.value.get(), 0);
-    paths.locked = pathsIn(reply.value.get(), 1);
-    return keychain_status::success;
+    const auto reply = m_keyring.read(servicePath, serviceInterface, "SearchItems",
+        g_variant_new("(@a{ss})", attributesOf(query)), "(aoao)");
+    if (reply.value) {
+        paths.unlocked = pathsIn(reply.value.get(), 0);
+        paths.locked = pathsIn(reply.value.get(), 1);
+    }
+    return reply.status;
 }
 
-KeychainStatus SecretServiceKeychain::describe(Candidate& candidate, Deadline deadline)
+KeychainStatus SecretServiceKeychain::describe(Candidate& candidate)
 {
-    const auto reply
-        = m_keyring.connection().call(candidate.path.c_str(), "org.freedesktop.DBus.Properties",
-            "GetAll", g_variant_new("(s)", itemInterface), "(a{sv})", deadline);
-    if (!reply.ok())
-        return m_keyring.failed(reply.outcome, reply.errorName);
+    const auto reply = m_keyring.read(candidate.path.c_str(), "org.freedesktop.DBus.Properties",
+        "GetAll", g_variant_new("(s)", itemInterface), "(a{sv})");
+    if (!reply.value)
+        return reply.status;
     const VariantPtr properties(g_variant_get_child_value(reply.value.get(), 0));
     const VariantPtr attributes(
         g_variant_lookup_value(properties.get(), "Attributes", G_VARIANT_TYPE("a{ss}")));
     if (!attributes)
-        return m_keyring.failed(CallOutcome::NoSuchObject);
+        return keychain_status::itemNotFound;
     guint64 time = 0;
     if (g_variant_lookup(properties.get(), "Created", "t", &time))
         candidate.stored.created = time;
@@ -112,27 +110,38 @@ KeychainStatus SecretServiceKeychain::describe(Candidate& candidate, Deadline de
     return keychain_status::success;
 }
 
-KeychainStatus SecretServiceKeychain::search(
-    const KeychainQuery* query, std::vector<Candidate>& candidates, Deadline deadline)
+KeychainStatus SecretServiceKeychain::unlockedPaths(const KeychainQuery* query, Paths& paths)
 {
+    auto status = searchPaths(query, paths);
+    const auto isLocked = [&] {
+        return status == keychain_status::success && paths.unlocked.empty()
+            && !paths.locked.empty();
+    };
+    if (!isLocked())
+        return status;
+    status = m_keyring.unlock(paths.locked);
+    if (status == keychain_status::success)
+        status = searchPaths(query, paths);
+    return isLocked() ? keychain_status::interactionNotAllowed : status;
+}
+
+KeychainStatus SecretServiceKeychain::search(const KeychainQuery* query, Found& found)
+{
+    if (query && !canBeStored(*query))
+        return keychain_status::itemNotFound;
+    const auto prepared = m_keyring.prepare(found.collection);
+    if (prepared != keychain_status::success && prepared != keychain_status::noDefaultKeychain)
+        return prepared;
     Paths paths;
-    auto status = searchPaths(query, paths, deadline);
-    if (status == keychain_status::success && paths.unlocked.empty() && !paths.locked.empty()) {
-        status = m_keyring.unlock(paths.locked, deadline);
-        if (status == keychain_status::success)
-            status = searchPaths(query, paths, deadline);
-        if (status == keychain_status::success && paths.unlocked.empty() && !paths.locked.empty())
-            status = keychain_status::interactionNotAllowed;
-    }
-    if (status != keychain_status::success)
+    if (const auto status = unlockedPaths(query, paths); status != keychain_status::success)
         return status;
     for (const auto& path : paths.unlocked) {
         Candidate candidate{path, {}};
-        status = describe(candidate, deadline);
+        const auto status = describe(candidate);
         if (status == keychain_status::success)
-            candidates.push_back(std::move(candidate));
+            found.candidates.push_back(std::move(candidate));
         else if (status == keychain_status::itemNotFound)
-            m_reports.tell(KeychainState::ItemGone);
+            m_call.report(itemGone);
         else
             return status;
     }
@@ -140,25 +149,29 @@ KeychainStatus SecretServiceKeychain::search(
     const auto order = [](const Candidate& candidate) {
         return std::make_tuple(candidate.stored.created, candidate.path.size(), candidate.path);
     };
-    std::sort(candidates.begin(), candidates.end(),
+    std::sort(found.candidates.begin(), found.candidates.end(),
         [&](const Candidate& a, const Candidate& b) { return order(a) < order(b); });
-    return candidates.empty() ? keychain_status::itemNotFound : keychain_status::success;
+    if (!found.candidates.empty())
+        return keychain_status::success;
+    if (prepared == keychain_status::success)
+        return keychain_status::itemNotFound;
+    m_call.report("the keyring service has no default collection; make one with the desktop's "
+                  "keyring program");
+    return prepared;
 }
 
-KeychainStatus SecretServiceKeychain::loadSecret(Candidate& candidate, Deadline deadline)
+KeychainStatus SecretServiceKeychain::loadSecret(Candidate& candidate)
 {
-    const auto reply
-        = m_keyring.connection().call(candidate.path.c_str(), itemInterface, "GetSecret",
-            g_variant_new(
-                "(o)", secret_service_get_session_dbus_path(m_keyring.connection().service())),
-            "((oayays))", deadline);
-    if (!reply.ok())
-        return m_keyring.failed(reply.outcome, reply.errorName);
+    const auto reply = m_keyring.read(candidate.path.c_str(), itemInterface, "GetSecret",
+        g_variant_new("(o)", secret_service_get_session_dbus_path(m_keyring.service())),
+        "((oayays))");
+    if (!reply.value)
+        return reply.status;
     const VariantPtr encrypted(g_variant_get_child_value(reply.value.get(), 0));
     SecretValue* const value
-        = secret_service_decode_dbus_secret(m_keyring.connection().service(), encrypted.get());
+        = secret_service_decode_dbus_secret(m_keyring.service(), encrypted.get());
     if (!value)
-        return m_keyring.failed(CallOutcome::Refused, "undecipherable secret");
+        return m_keyring.refused("undecipherable secret");
     gsize size = 0;
     const gchar* const bytes = secret_value_get(value, &size);
     candidate.stored.item.secret.assign(bytes, bytes + size);
@@ -166,73 +179,46 @@ KeychainStatus SecretServiceKeychain::loadSecret(Candidate& candidate, Deadline 
     return keychain_status::success;
 }
 
-KeychainStatus SecretServiceKeychain::find(
-    const KeychainQuery& query, StoredItem& found, Deadline deadline)
+KeychainStatus SecretServiceKeychain::find(const KeychainQuery& query, StoredItem& item)
 {
-    if (!canBeAsked(query))
-        return keychain_status::itemNotFound;
-    std::string collection;
-    const auto prepared = m_keyring.prepare(collection, deadline);
-    if (prepared != keychain_status::success && prepared != keychain_status::noDefaultKeychain)
-        return prepared;
-    std::vector<Candidate> candidates;
-    auto status = search(&query, candidates, deadline);
-    if (status == keychain_status::itemNotFound && prepared == keychain_status::noDefaultKeychain) {
-        m_reports.tell(KeychainState::NoDefaultCollection);
-        return prepared;
-    }
-    for (auto& candidate : candidates) {
-        status = loadSecret(candidate, deadline);
-        if (status == keychain_status::itemNotFound) {
-            m_reports.tell(KeychainState::ItemGone);
-            continue;
-        }
+    Found found;
+    auto status = search(&query, found);
+    for (auto& candidate : found.candidates) {
+        status = loadSecret(candidate);
         if (status == keychain_status::success)
-            found = std::move(candidate.stored);
-        return status;
+            item = std::move(candidate.stored);
+        if (status != keychain_status::itemNotFound)
+            break;
+        m_call.report(itemGone);
     }
     return status;
 }
 
-KeychainMatch SecretServiceKeychain::copyMatching(const KeychainQuery& query, Deadline deadline)
+KeychainMatch SecretServiceKeychain::copyMatching(const KeychainQuery& query)
 {
     StoredItem found;
-    const auto status = find(query, found, deadline);
-    if (status != keychain_status::success)
+    if (const auto status = find(query, found); status != keychain_status::success)
         return {status, std::nullopt};
-    return {status, std::move(found.item)};
+    return {keychain_status::success, std::move(found.item)};
 }
 
-KeychainStatus SecretServiceKeychain::erase(const KeychainQuery& query, Deadline deadline)
+KeychainStatus SecretServiceKeychain::erase(const KeychainQuery& query)
 {
-    if (!canBeAsked(query))
-        return keychain_status::itemNotFound;
-    std::string collection;
-    const auto prepared = m_keyring.prepare(collection, deadline);
-    if (prepared != keychain_status::success && prepared != keychain_status::noDefaultKeychain)
-        return prepared;
-    std::vector<Candidate> candidates;
-    const auto status = search(&query, candidates, deadline);
-    if (status != keychain_status::success)
+    Found found;
+    if (const auto status = search(&query, found); status != keychain_status::success)
         return status;
-    const auto reply = m_keyring.connection().call(candidates.front().path.c_str(), itemInterface,
-        "Delete", g_variant_new("()"), "(o)", deadline);
-    return reply.ok() ? promptOutcome(reply, 0, deadline) : m_keyring.writeFailed(reply);
+    const auto reply = m_keyring.change(
+        found.candidates.front().path.c_str(), itemInterface, "Delete", g_variant_new("()"), "(o)");
+    return reply.value ? m_keyring.finish(reply.value.get(), 0) : reply.status;
 }
 
-KeychainListing SecretServiceKeychain::list(Deadline deadline)
+KeychainListing SecretServiceKeychain::list()
 {
-    KeychainListing listing;
-    std::string collection;
-    listing.status = m_keyring.prepare(collection, deadline);
-    const bool hasDefault = listing.status != keychain_status::noDefaultKeychain;
-    if (listing.status != keychain_status::success && hasDefault)
-        return listing;
-    std::vector<Candidate> candidates;
-    listing.status = search(nullptr, candidates, deadline);
+    Found found;
+    KeychainListing listing{search(nullptr, found), {}};
     if (listing.status == keychain_status::itemNotFound)
-        listing.status = hasDefault ? keychain_status::success : keychain_status::noDefaultKeychain;
-    for (auto& candidate : candidates)
+        listing.status = keychain_status::success;
+    for (auto& candidate : found.candidates)
         listing.items.push_back(std::move(candidate.stored));
     return listing;
 }
@@ -243,55 +229,37 @@ VariantPtr SecretServiceKeychain::encoded(const Data& secret) const
     const bool isText = isUtf8({bytes, secret.size()});
     SecretValue* const value = secret_value_new(secret.empty() ? "" : bytes,
         static_cast<gssize>(secret.size()), isText ? "text/plain" : "application/octet-stream");
-    VariantPtr variant(g_variant_ref_sink(
-        secret_service_encode_dbus_secret(m_keyring.connection().service(), value)));
+    VariantPtr variant(
+        g_variant_ref_sink(secret_service_encode_dbus_secret(m_keyring.service(), value)));
     secret_value_unref(value);
     return variant;
 }
 
-KeychainStatus SecretServiceKeychain::update(
-    const KeychainQuery& query, const Data& secret, Deadline deadline)
+KeychainStatus SecretServiceKeychain::update(const KeychainQuery& query, const Data& secret)
 {
-    if (!canBeAsked(query))
-        return keychain_status::itemNotFound;
-    std::string collection;
-    const auto prepared = m_keyring.prepare(collection, deadline);
-    if (prepared != keychain_status::success && prepared != keychain_status::noDefaultKeychain)
-        return prepared;
-    std::vector<Candidate> candidates;
-    const auto status = search(&query, candidates, deadline);
-    if (status != keychain_status::success)
-        return prepared == keychain_status::noDefaultKeychain ? prepared : status;
-    const auto variant = encoded(secret);
-    const auto reply = m_keyring.connection().call(candidates.front().path.c_str(), itemInterface,
-        "SetSecret", g_variant_new("(@(oayays))", variant.get()), "()", deadline);
-    if (reply.outcome == CallOutcome::NoSuchObject)
-        m_reports.tell(KeychainState::ItemGone);
-    return reply.ok() ? keychain_status::success : m_keyring.writeFailed(reply);
-}
-
-KeychainStatus SecretServiceKeychain::add(const KeychainItem& item, Deadline deadline)
-{
-    const KeychainQuery same{item.accessGroup, item.service, item.account, true};
-    if (!canBeAsked(same))
-        return keychain_status::readOnly;
-    std::string collection;
-    auto status = m_keyring.prepare(collection, deadline);
-    if (status == keychain_status::noDefaultKeychain)
-        m_reports.tell(KeychainState::NoDefaultCollection);
+    Found found;
+    auto status = search(&query, found);
     if (status != keychain_status::success)
         return status;
-    std::vector<Candidate> candidates;
-    status = search(&same, candidates, deadline);
-    if (status == keychain_status::success)
-        return keychain_status::duplicateItem;
-    return status == keychain_status::itemNotFound ? create(collection, item, deadline) : status;
+    const auto variant = encoded(secret);
+    status = m_keyring
+                 .change(found.candidates.front().path.c_str(), itemInterface, "SetSecret",
+                     g_variant_new("(@(oayays))", variant.get()), "()")
+                 .status;
+    if (status == keychain_status::itemNotFound)
+        m_call.report(itemGone);
+    return status;
 }
 
-KeychainStatus SecretServiceKeychain::create(
-    const std::string& collection, const KeychainItem& item, Deadline deadline)
+KeychainStatus SecretServiceKeychain::add(const KeychainItem& item)
 {
     const KeychainQuery same{item.accessGroup, item.service, item.account, true};
+    if (!canBeStored(same))
+        return keychain_status::readOnly;
+    Found found;
+    const auto status = search(&same, found);
+    if (status != keychain_status::itemNotFound)
+        return status == keychain_status::success ? keychain_status::duplicateItem : status;
     const auto label = item.service + " (" + item.account + ")";
     GVariantBuilder properties;
     g_variant_builder_init(&properties, G_VARIANT_TYPE_VARDICT);
@@ -300,22 +268,9 @@ KeychainStatus SecretServiceKeychain::create(
     g_variant_builder_add(
         &properties, "{sv}", "org.freedesktop.Secret.Item.Attributes", attributesOf(&same));
     const auto secret = encoded(item.secret);
-    const auto reply
-        = m_keyring.connection().call(collection.c_str(), collectionInterface, "CreateItem",
-            g_variant_new("(a{sv}@(oayays)b)", &properties, secret.get(), FALSE), "(oo)", deadline);
-    if (!reply.ok())
-        return m_keyring.writeFailed(reply);
-    return promptOutcome(reply, 1, deadline);
-}
-
-KeychainStatus SecretServiceKeychain::promptOutcome(
-    const SecretConnection::Reply& reply, gsize index, Deadline deadline)
-{
-    const gchar* prompt = nullptr;
-    g_variant_get_child(reply.value.get(), index, "&o", &prompt);
-    if (std::string_view(prompt) == "/")
-        return keychain_status::success;
-    return m_keyring.waitForPrompt(prompt, deadline);
+    const auto reply = m_keyring.change(found.collection.c_str(), collectionInterface, "CreateItem",
+        g_variant_new("(a{sv}@(oayays)b)", &properties, secret.get(), FALSE), "(oo)");
+    return reply.value ? m_keyring.finish(reply.value.get(), 1) : reply.status;
 }
 
 } // namespace zarn::linux_backend

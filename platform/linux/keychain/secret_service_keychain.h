@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/keychain/keychain_store.h"
 #include "platform/linux/keychain/secret_keyring.h"
 
 namespace zarn::linux_backend {
@@ -8,47 +9,47 @@ namespace zarn::linux_backend {
 /// Items in the desktop's keyring, over the Secret Service interface. New items go into the
 /// collection "default"; items of the product's schema are found in every collection.
 ///
-/// A locked collection answers a search as if it were empty, so its state is asked for before
-/// anything is said to be missing, and it is unlocked with the service's own prompt.
+/// A search finds nothing in a locked collection, so the store asks whether it is locked, and has
+/// it unlocked with the service's own prompt, before it reports an item as missing.
 class SecretServiceKeychain final : public KeychainStore {
 public:
-    explicit SecretServiceKeychain(KeychainReports& reports);
-    ~SecretServiceKeychain() override;
+    explicit SecretServiceKeychain(CallContext& call);
 
-    KeychainStatus add(const KeychainItem& item, Deadline deadline) override;
-    KeychainStatus update(
-        const KeychainQuery& query, const Data& secret, Deadline deadline) override;
-    KeychainMatch copyMatching(const KeychainQuery& query, Deadline deadline) override;
-    KeychainStatus erase(const KeychainQuery& query, Deadline deadline) override;
-    KeychainListing list(Deadline deadline) override;
+    KeychainStatus add(const KeychainItem& item) override;
+    KeychainStatus update(const KeychainQuery& query, const Data& secret) override;
+    KeychainMatch copyMatching(const KeychainQuery& query) override;
+    KeychainStatus erase(const KeychainQuery& query) override;
+    KeychainListing list() override;
 
     /// The first match with its secret and times.
-    KeychainStatus find(const KeychainQuery& query, StoredItem& found, Deadline deadline);
+    KeychainStatus find(const KeychainQuery& query, StoredItem& item);
 
 private:
-    /// An item of the service: where it is and what it says about itself.
+    /// An item of the service: its object path and what it says about itself.
     struct Candidate {
         std::string path;
         StoredItem stored;
+    };
+    struct Found {
+        /// The default collection.
+        std::string collection;
+        /// In the order of writing.
+        std::vector<Candidate> candidates;
     };
     struct Paths {
         std::vector<std::string> unlocked;
         std::vector<std::string> locked;
     };
 
-    KeychainStatus searchPaths(const KeychainQuery* query, Paths& paths, Deadline deadline);
-    KeychainStatus search(
-        const KeychainQuery* query, std::vector<Candidate>& candidates, Deadline deadline);
-    KeychainStatus describe(Candidate& candidate, Deadline deadline);
-    KeychainStatus loadSecret(Candidate& candidate, Deadline deadline);
-    KeychainStatus create(
-        const std::string& collection, const KeychainItem& item, Deadline deadline);
-    /// Waits for the prompt whose path a reply holds, when the service wants to show one.
-    KeychainStatus promptOutcome(
-        const SecretConnection::Reply& reply, gsize index, Deadline deadline);
+    /// Every item of the product without a `query`. Success exactly when there is a candidate.
+    KeychainStatus search(const KeychainQuery* query, Found& found);
+    KeychainStatus searchPaths(const KeychainQuery* query, Paths& paths);
+    KeychainStatus unlockedPaths(const KeychainQuery* query, Paths& paths);
+    KeychainStatus describe(Candidate& candidate);
+    KeychainStatus loadSecret(Candidate& candidate);
     VariantPtr encoded(const Data& secret) const;
 
-    KeychainReports& m_reports;
+    CallContext& m_call;
     SecretKeyring m_keyring;
 };
 

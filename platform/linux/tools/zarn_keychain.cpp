@@ -49,7 +49,7 @@ enum ExitCode { Done, NotFound, Usage, Refused, NoService, Unreadable };
 
 struct Command {
     KeychainChoice choice = KeychainChoice::Automatic;
-    std::string accessGroup = "Q7X2M9K4TA.org.zarnie.zpshortcuts";
+    std::string accessGroup{keychainAccessGroup};
     bool force = false;
     bool json = false;
     bool help = false;
@@ -149,9 +149,9 @@ int written(const std::string& text)
     return ok ? Done : Unreadable;
 }
 
-int list(KeychainStore& store, const Command& command, Deadline deadline)
+int list(KeychainStore& store, const Command& command)
 {
-    const auto listing = store.list(deadline);
+    const auto listing = store.list();
     if (listing.status != keychain_status::success)
         return failed(listing.status);
     if (command.json) {
@@ -173,12 +173,12 @@ int list(KeychainStore& store, const Command& command, Deadline deadline)
     return written(lines);
 }
 
-int show(KeychainStore& store, const Command& command, Deadline deadline)
+int show(KeychainStore& store, const Command& command)
 {
     KeychainQuery query{command.accessGroup, command.words[1], std::nullopt, true};
     if (command.words.size() == 3)
         query.account = command.words[2];
-    auto match = store.copyMatching(query, deadline);
+    auto match = store.copyMatching(query);
     if (match.status != keychain_status::success)
         return failed(match.status);
     // Unbuffered, so that no copy of the secret stays behind in a buffer.
@@ -209,11 +209,11 @@ int run(const std::vector<std::string>& arguments)
     }
     auto options = keychainOptions(command->choice);
     options.moveItems = false;
-    options.report = complain;
-    const auto store = makeKeychainStore(options);
+    CallContext call(complain);
+    const auto store = makeKeychainStore(options, call);
     // A person may be typing the keyring's password.
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(60);
-    return isList ? list(*store, *command, deadline) : show(*store, *command, deadline);
+    call.begin(std::chrono::seconds(60));
+    return isList ? list(*store, *command) : show(*store, *command);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keychain/keychain_factory.h"
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 #include "tests/contract/keychain_contract.h"
 #include "tests/support/scratch_folder.h"
 #include "tests/support/test_main_queue.h"
@@ -30,20 +30,22 @@ public:
     std::string accessGroup() const override { return m_group; }
 
 private:
-    std::unique_ptr<LazyKeychain> open()
+    std::unique_ptr<KeychainThread> open()
     {
-        return std::make_unique<LazyKeychain>(m_mainQueue, [this] {
-            return makeKeychainStore({m_choice, m_scratch.path() + "/data",
-                m_scratch.path() + "/state", true, [](const std::string&) {}});
-        });
+        const auto openStore = [this](CallContext& call) {
+            return makeKeychainStore(
+                {m_choice, m_scratch.path() + "/data", m_scratch.path() + "/state", true}, call);
+        };
+        return std::make_unique<KeychainThread>(
+            m_mainQueue, openStore, KeychainThread::Limits{}, [](const std::string&) {});
     }
 
     const KeychainChoice m_choice;
     std::string m_group;
     const ScratchFolder m_scratch;
     TestMainQueue m_mainQueue;
-    std::unique_ptr<LazyKeychain> m_keychain;
-    std::unique_ptr<LazyKeychain> m_reopened;
+    std::unique_ptr<KeychainThread> m_keychain;
+    std::unique_ptr<KeychainThread> m_reopened;
 };
 
 KeychainBackend backend(const std::string& name, KeychainChoice choice)

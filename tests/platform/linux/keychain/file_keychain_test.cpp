@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keychain/file_keychain.h"
 
+#include "tests/support/begun_call.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -21,21 +22,19 @@ using namespace std::chrono_literals;
 
 class FileKeychainTest : public testing::Test {
 protected:
-    static Deadline soon() { return std::chrono::steady_clock::now() + 5s; }
-
     FileKeychain open()
     {
-        m_reports = std::make_unique<KeychainReports>(
+        call = std::make_unique<BegunCall>(
             [this](const std::string& line) { lines.push_back(line); });
-        return {data(), state(), *m_reports};
+        return {data(), state(), *call};
     }
     KeychainStatus add(FileKeychain& keychain, const std::string& account = "admin")
     {
-        return keychain.add({"group", "ZPMA-host", account, {'p', 'w'}}, soon());
+        return keychain.add({"group", "ZPMA-host", account, {'p', 'w'}});
     }
     static KeychainStatus copy(FileKeychain& keychain, const std::string& account = "admin")
     {
-        return keychain.copyMatching({"group", "ZPMA-host", account, true}, soon()).status;
+        return keychain.copyMatching({"group", "ZPMA-host", account, true}).status;
     }
     /// A keychain with one item, written by an earlier run.
     void makeKeychain()
@@ -83,9 +82,7 @@ protected:
 
     const ScratchFolder scratch;
     std::vector<std::string> lines;
-
-private:
-    std::unique_ptr<KeychainReports> m_reports;
+    std::unique_ptr<BegunCall> call;
 };
 
 TEST_F(FileKeychainTest, FilesAreForTheUserAloneWhateverTheUmask)
@@ -93,8 +90,8 @@ TEST_F(FileKeychainTest, FilesAreForTheUserAloneWhateverTheUmask)
     for (const mode_t umask : {0000U, 0022U, 0777U}) {
         const ScratchFolder folder;
         const auto before = ::umask(umask);
-        KeychainReports reports([](const std::string&) {});
-        FileKeychain keychain(folder.path() + "/d", folder.path() + "/s", reports);
+        BegunCall quiet([](const std::string&) {});
+        FileKeychain keychain(folder.path() + "/d", folder.path() + "/s", quiet);
         const auto status = add(keychain);
         ::umask(before);
         EXPECT_EQ(status, keychain_status::success);
@@ -327,8 +324,8 @@ TEST_F(FileKeychainTest, FileWhereAFolderShouldBeIsAFailure)
 
 TEST_F(FileKeychainTest, WithoutAHomeThereIsNoKeychain)
 {
-    KeychainReports reports([](const std::string&) {});
-    FileKeychain keychain("", "", reports);
+    BegunCall quiet([](const std::string&) {});
+    FileKeychain keychain("", "", quiet);
     EXPECT_EQ(copy(keychain), keychain_status::notAvailable);
     EXPECT_EQ(add(keychain), keychain_status::notAvailable);
     EXPECT_FALSE(keychain.exists());
@@ -342,9 +339,10 @@ TEST_F(FileKeychainTest, ForeignLockIsWaitedForWithinTheLimitOnly)
     ASSERT_EQ(::flock(lock, LOCK_EX), 0);
     auto keychain = open();
     const auto begin = std::chrono::steady_clock::now();
-    EXPECT_EQ(keychain.add({"group", "s", "a", {}}, begin + 100ms),
-        keychain_status::interactionNotAllowed);
+    call->begin(100ms);
+    EXPECT_EQ(keychain.add({"group", "s", "a", {}}), keychain_status::interactionNotAllowed);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 3s);
+    call->begin(20s);
     EXPECT_EQ(copy(keychain), keychain_status::success) << "readers need no lock";
     ::close(lock);
     EXPECT_EQ(add(keychain, "other"), keychain_status::success);
@@ -366,10 +364,10 @@ TEST_F(FileKeychainTest, RemovingTheLastItemRemovesKeychainAndKey)
     ASSERT_EQ(add(keychain, "2"), keychain_status::success);
     KeychainContents stored;
     ASSERT_EQ(keychain.read(stored), keychain_status::success);
-    EXPECT_EQ(keychain.remove({stored.items[0]}, soon()), keychain_status::success);
+    EXPECT_EQ(keychain.remove({stored.items[0]}), keychain_status::success);
     EXPECT_EQ(copy(keychain, "1"), keychain_status::itemNotFound);
     EXPECT_EQ(copy(keychain, "2"), keychain_status::success);
-    EXPECT_EQ(keychain.remove({stored.items[1]}, soon()), keychain_status::success);
+    EXPECT_EQ(keychain.remove({stored.items[1]}), keychain_status::success);
     EXPECT_FALSE(fs::exists(file()));
     EXPECT_FALSE(fs::exists(keyFile()));
 }
@@ -380,9 +378,9 @@ TEST_F(FileKeychainTest, ItemThatWasWrittenMeanwhileIsNotRemoved)
     ASSERT_EQ(add(keychain), keychain_status::success);
     KeychainContents stored;
     ASSERT_EQ(keychain.read(stored), keychain_status::success);
-    ASSERT_EQ(keychain.update({"group", "ZPMA-host", "admin", true}, {'n'}, soon()),
-        keychain_status::success);
-    EXPECT_EQ(keychain.remove(stored.items, soon()), keychain_status::success);
+    ASSERT_EQ(
+        keychain.update({"group", "ZPMA-host", "admin", true}, {'n'}), keychain_status::success);
+    EXPECT_EQ(keychain.remove(stored.items), keychain_status::success);
     EXPECT_EQ(copy(keychain), keychain_status::success);
 }
 

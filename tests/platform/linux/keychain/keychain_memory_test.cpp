@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What the file keychain leaves in memory: neither its key nor a secret, in no page of the process.
 #include "platform/linux/keychain/file_keychain.h"
-#include "platform/linux/keychain/keychain_reports.h"
 #include "platform/linux/keychain/wipe.h"
+#include "tests/support/begun_call.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -20,8 +20,6 @@
 
 namespace zarn::linux_backend {
 namespace {
-
-using namespace std::chrono_literals;
 
 constexpr unsigned char mask = 0xA5;
 // Memory that is given back gets marks of the allocator at its start.
@@ -112,7 +110,6 @@ Data randomSecret(std::size_t size)
 
 class KeychainMemory : public testing::Test {
 protected:
-    static Deadline soon() { return std::chrono::steady_clock::now() + 20s; }
     static KeychainQuery query(const std::string& account)
     {
         return {"group", "ZPMA-host", account, true};
@@ -120,20 +117,20 @@ protected:
     void add(const std::string& account, const Data& secret)
     {
         KeychainItem item{"group", "ZPMA-host", account, secret};
-        EXPECT_EQ(keychain.add(item, soon()), keychain_status::success);
+        EXPECT_EQ(keychain.add(item), keychain_status::success);
         wipe(item.secret);
     }
     /// What callers get is theirs to wipe.
     void copy(const std::string& account)
     {
-        auto match = keychain.copyMatching(query(account), soon());
+        auto match = keychain.copyMatching(query(account));
         ASSERT_TRUE(match.item);
         wipe(match.item->secret);
     }
 
     const ScratchFolder scratch;
-    KeychainReports reports{[](const std::string&) {}};
-    FileKeychain keychain{scratch.path() + "/data", scratch.path() + "/state", reports};
+    BegunCall call{[](const std::string&) {}};
+    FileKeychain keychain{scratch.path() + "/data", scratch.path() + "/state", call};
 };
 
 TEST_F(KeychainMemory, TheScanFindsASecretThatIsThere)
@@ -158,7 +155,7 @@ TEST_F(KeychainMemory, NoKeyAndNoSecretStaysInMemory)
     }
     Data secret = randomSecret(100);
     hidden[3] = masked(secret);
-    EXPECT_EQ(keychain.update(query("two"), secret, soon()), keychain_status::success);
+    EXPECT_EQ(keychain.update(query("two"), secret), keychain_status::success);
     wipe(secret);
     const auto key = maskedFile(scratch.path() + "/state/keychain.key");
     std::uint64_t searched = 0;
@@ -179,10 +176,10 @@ TEST_F(KeychainMemory, NoKeyAndNoSecretStaysInMemory)
     for (const auto& account : accounts)
         copy(account);
     expectNothing("looking up");
-    EXPECT_EQ(keychain.list(soon()).items.size(), 3U);
+    EXPECT_EQ(keychain.list().items.size(), 3U);
     expectNothing("listing");
     for (const auto& account : accounts)
-        EXPECT_EQ(keychain.erase(query(account), soon()), keychain_status::success);
+        EXPECT_EQ(keychain.erase(query(account)), keychain_status::success);
     expectNothing("erasing");
     std::printf("Keychain memory: %zu searches through %.1f MiB in all, %zu found\n", searches,
         static_cast<double>(searched) / (1 << 20), found);

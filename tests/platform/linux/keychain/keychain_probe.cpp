@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // A program for tests/platform/linux/*.py: uses the keychain as the window does, from the main
 // thread, and prints for each call its status, how long it took and how long painting stood still.
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 #include "tests/support/machine_wait.h"
 #include "tests/support/test_main_queue.h"
 
@@ -129,8 +129,6 @@ std::vector<std::string> split(const std::string& text)
     return parts;
 }
 
-constexpr auto group = "Q7X2M9K4TA.org.zarnie.zpshortcuts";
-
 /// How long this thread ran, in milliseconds.
 double processorTime()
 {
@@ -152,6 +150,7 @@ void standStill(const std::string& how, double milliseconds)
 KeychainMatch perform(Keychain& keychain, const std::vector<std::string>& words)
 {
     const auto& operation = words.at(0);
+    const std::string group(keychainAccessGroup);
     KeychainQuery query{group, words.at(1), std::nullopt, true};
     if (words.size() > 2 && !words[2].empty())
         query.account = words[2];
@@ -167,7 +166,7 @@ int run(const std::vector<std::string>& arguments)
 {
     const auto choice = keychainChoice(arguments.at(0)).value_or(KeychainChoice::Automatic);
     WatchedMainQueue mainQueue;
-    LazyKeychain keychain(mainQueue, moduleStore(keychainOptions(choice)));
+    KeychainThread keychain(mainQueue, moduleStore(keychainOptions(choice)));
     for (auto it = arguments.begin() + 1; it != arguments.end(); ++it) {
         const auto words = split(*it);
         if (words.at(0) == "pause") {

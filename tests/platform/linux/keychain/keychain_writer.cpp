@@ -2,6 +2,7 @@
 // A program for keychain_faults.py: one operation on a file keychain, on one thread, so that every
 // system call of it can be made to fail.
 #include "platform/linux/keychain/file_keychain.h"
+#include "tests/support/begun_call.h"
 
 #include <cstdio>
 #include <string>
@@ -12,9 +13,8 @@ namespace {
 int run(const std::string& folder, const std::string& operation, const std::string& account,
     const std::string& secret)
 {
-    KeychainReports reports({});
-    FileKeychain keychain(folder + "/data", folder + "/state", reports);
-    const auto deadline = std::chrono::steady_clock::now() + std::chrono::seconds(5);
+    BegunCall call;
+    FileKeychain keychain(folder + "/data", folder + "/state", call);
     const Data bytes(secret.begin(), secret.end());
     KeychainStatus status = keychain_status::success;
     if (operation == "list") {
@@ -24,9 +24,9 @@ int run(const std::string& folder, const std::string& operation, const std::stri
             std::printf("%s=%s\n", item.account.c_str(),
                 std::string(item.secret.begin(), item.secret.end()).c_str());
     } else if (operation == "add") {
-        status = keychain.add({"group", "service", account, bytes}, deadline);
+        status = keychain.add({"group", "service", account, bytes});
     } else {
-        status = keychain.update({"group", "service", account, true}, bytes, deadline);
+        status = keychain.update({"group", "service", account, true}, bytes);
     }
     std::printf("status %d\n", status);
     return 0;

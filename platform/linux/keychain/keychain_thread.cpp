@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 
 #include "platform/linux/files/durable_file.h"
 #include "platform/linux/files/module.h"
@@ -10,13 +10,14 @@
 
 namespace zarn::linux_backend {
 
-/// One call on its way to the keychain's thread and back. Both sides own it: a caller that was
-/// answered in time leaves it behind.
-struct LazyKeychain::Request {
+/// One call on its way to the keychain's thread and back. Both sides own it: a caller that gave up
+/// leaves it behind.
+struct KeychainThread::Request {
     Work work;
-    Deadline deadline;
+    CallContext::Deadline deadline;
     bool isDone = false;
-    bool isGivenUp = false;
+    /// Stopped once the caller has given up.
+    std::stop_source stop;
     KeychainMatch match{keychain_status::interactionNotAllowed, std::nullopt};
 
     ~Request()
@@ -26,14 +27,16 @@ struct LazyKeychain::Request {
     }
 };
 
-LazyKeychain::LazyKeychain(MainQueue& mainQueue, OpenStore openStore, Limits limits)
+KeychainThread::KeychainThread(
+    MainQueue& mainQueue, OpenStore openStore, Limits limits, CallContext::Report report)
     : m_mainQueue(mainQueue)
     , m_openStore(std::move(openStore))
     , m_limits(limits)
+    , m_call(std::move(report))
 {
 }
 
-LazyKeychain::~LazyKeychain()
+KeychainThread::~KeychainThread()
 {
     {
         const std::lock_guard lock(m_mutex);
@@ -44,12 +47,12 @@ LazyKeychain::~LazyKeychain()
         m_thread.join();
 }
 
-void LazyKeychain::preload()
+void KeychainThread::preload()
 {
     submit(nullptr);
 }
 
-void LazyKeychain::submit(const std::shared_ptr<Request>& request)
+void KeychainThread::submit(const std::shared_ptr<Request>& request)
 {
     const std::lock_guard lock(m_mutex);
     m_requests.push_back(request);
@@ -58,7 +61,7 @@ void LazyKeychain::submit(const std::shared_ptr<Request>& request)
     m_changed.notify_all();
 }
 
-void LazyKeychain::serve()
+void KeychainThread::serve()
 {
     ::pthread_setname_np(::pthread_self(), "keychain");
     std::unique_lock lock(m_mutex);
@@ -68,12 +71,12 @@ void LazyKeychain::serve()
             break;
         const auto request = std::move(m_requests.front());
         m_requests.pop_front();
-        if (request && request->isGivenUp)
+        if (request && request->stop.stop_requested())
             continue;
         lock.unlock();
         if (!m_isOpened) {
             m_isOpened = true;
-            m_store = m_openStore();
+            m_store = m_openStore(m_call);
         }
         if (request)
             perform(*request);
@@ -83,11 +86,13 @@ void LazyKeychain::serve()
     m_store.reset(); // on the thread that used it
 }
 
-void LazyKeychain::perform(Request& request)
+void KeychainThread::perform(Request& request)
 {
     KeychainMatch match{keychain_status::notAvailable, std::nullopt};
-    if (m_store)
-        match = request.work(*m_store, request.deadline);
+    if (m_store) {
+        m_call.begin(request.deadline, request.stop.get_token());
+        match = request.work(*m_store);
+    }
     {
         const std::lock_guard lock(m_mutex);
         request.match = std::move(match);
@@ -98,7 +103,7 @@ void LazyKeychain::perform(Request& request)
     m_mainQueue.wake();
 }
 
-KeychainMatch LazyKeychain::run(Work work)
+KeychainMatch KeychainThread::run(Work work)
 {
     const auto begin = std::chrono::steady_clock::now();
     auto request = std::make_shared<Request>();
@@ -110,62 +115,60 @@ KeychainMatch LazyKeychain::run(Work work)
             const std::lock_guard lock(m_mutex);
             return request->isDone;
         };
-        m_mainQueue.waitWhilePainting(isDone, m_limits.answer);
+        m_mainQueue.waitWhilePainting(isDone, m_limits.caller);
     } else {
         std::unique_lock lock(m_mutex);
-        m_changed.wait_until(lock, begin + m_limits.answer, [&] { return request->isDone; });
+        m_changed.wait_until(lock, begin + m_limits.caller, [&] { return request->isDone; });
     }
     const std::lock_guard lock(m_mutex);
     if (!request->isDone) {
-        request->isGivenUp = true;
+        request->stop.request_stop();
         return {keychain_status::interactionNotAllowed, std::nullopt};
     }
     return std::exchange(request->match, {});
 }
 
-KeychainStatus LazyKeychain::add(const KeychainItem& item)
+KeychainStatus KeychainThread::add(const KeychainItem& item)
 {
-    auto copy = std::make_shared<Wiped<Data>>(item.secret);
-    return run([copy, item = KeychainItem{item.accessGroup, item.service, item.account, {}}](
-                   KeychainStore& store, Deadline deadline) {
+    auto secret = std::make_shared<Wiped<Data>>(item.secret);
+    return run([secret, item = KeychainItem{item.accessGroup, item.service, item.account, {}}](
+                   auto& store) {
         auto whole = item;
-        whole.secret = copy->get();
-        const auto status = store.add(whole, deadline);
+        whole.secret = secret->get();
+        const auto status = store.add(whole);
         wipe(whole.secret);
         return KeychainMatch{status, std::nullopt};
     }).status;
 }
 
-KeychainStatus LazyKeychain::update(const KeychainQuery& query, const Data& secret)
+KeychainStatus KeychainThread::update(const KeychainQuery& query, const Data& secret)
 {
     auto copy = std::make_shared<Wiped<Data>>(secret);
-    return run([copy, query](KeychainStore& store, Deadline deadline) {
-        return KeychainMatch{store.update(query, copy->get(), deadline), std::nullopt};
+    return run([copy, query](auto& store) {
+        return KeychainMatch{store.update(query, copy->get()), std::nullopt};
     }).status;
 }
 
-KeychainMatch LazyKeychain::copyMatching(const KeychainQuery& query)
+KeychainMatch KeychainThread::copyMatching(const KeychainQuery& query)
 {
-    return run([query](KeychainStore& store, Deadline deadline) {
-        return store.copyMatching(query, deadline);
-    });
+    return run([query](auto& store) { return store.copyMatching(query); });
 }
 
-std::optional<std::string> LazyKeychain::messageText(KeychainStatus status) const
+std::optional<std::string> KeychainThread::messageText(KeychainStatus status) const
 {
     return keychainMessageText(status);
 }
 
-LazyKeychain::OpenStore moduleStore(KeychainOptions options)
+KeychainThread::OpenStore moduleStore(KeychainOptions options)
 {
-    return [options = std::move(options)]() -> std::unique_ptr<KeychainStore> {
+    return [options = std::move(options)](CallContext& call) -> std::unique_ptr<KeychainStore> {
         const auto function = loadModuleFunction(keychainModuleFile, keychainModuleFunction);
         if (!function) {
             warn("keychain: " + function.error().message);
             return nullptr;
         }
         const auto make = reinterpret_cast<decltype(&zarnMakeKeychainStore)>(function.value());
-        return std::unique_ptr<KeychainStore>(make(&options));
+        return std::unique_ptr<KeychainStore>(make(&options, &call));
     };
 }
 

@@ -1,39 +1,42 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/keychain/call_context.h"
 #include "platform/linux/keychain/keychain_store.h"
 #include "platform/linux/queues/main_queue.h"
 
 #include <condition_variable>
 #include <deque>
+#include <memory>
 #include <mutex>
 #include <thread>
 
 namespace zarn::linux_backend {
 
-/// The keychain that the program holds. It costs nothing until it is used: a thread of its own
-/// opens the store on the first call and runs every call, one at a time, so that whoever calls can
-/// be answered in time. Any thread; on the main thread the window goes on painting meanwhile.
-class LazyKeychain final : public Keychain {
+/// The keychain that the program holds: a thread that runs every call, one at a time, so that each
+/// call returns to its caller in time. The thread starts, and opens the store, with the first call.
+/// Any thread; on the main thread the window goes on painting meanwhile.
+class KeychainThread final : public Keychain {
 public:
     /// Runs on the keychain's thread, once; null when no store can be had.
-    using OpenStore = std::function<std::unique_ptr<KeychainStore>()>;
+    using OpenStore = std::function<std::unique_ptr<KeychainStore>(CallContext&)>;
     struct Limits {
-        /// A store has to answer by then,
+        /// How long a call of the store may take.
         std::chrono::milliseconds store{9400};
-        /// and the caller is answered by then, whatever the store does.
-        std::chrono::milliseconds answer{9700};
+        /// How long the caller waits, whatever the store does.
+        std::chrono::milliseconds caller{9700};
     };
 
-    LazyKeychain(MainQueue& mainQueue, OpenStore openStore, Limits limits);
-    LazyKeychain(MainQueue& mainQueue, OpenStore openStore)
-        : LazyKeychain(mainQueue, std::move(openStore), Limits{})
+    KeychainThread(
+        MainQueue& mainQueue, OpenStore openStore, Limits limits, CallContext::Report report = {});
+    KeychainThread(MainQueue& mainQueue, OpenStore openStore)
+        : KeychainThread(mainQueue, std::move(openStore), Limits{})
     {
     }
     /// Waits for a call that is under way, within its limit.
-    ~LazyKeychain() override;
-    LazyKeychain(const LazyKeychain&) = delete;
-    LazyKeychain& operator=(const LazyKeychain&) = delete;
+    ~KeychainThread() override;
+    KeychainThread(const KeychainThread&) = delete;
+    KeychainThread& operator=(const KeychainThread&) = delete;
 
     /// Opens the store in the background, so that the first call need not wait for it.
     void preload();
@@ -45,8 +48,7 @@ public:
 
 private:
     struct Request;
-    struct State;
-    using Work = std::function<KeychainMatch(KeychainStore&, Deadline)>;
+    using Work = std::function<KeychainMatch(KeychainStore&)>;
 
     KeychainMatch run(Work work);
     void submit(const std::shared_ptr<Request>& request);
@@ -60,13 +62,15 @@ private:
     std::condition_variable m_changed;
     std::deque<std::shared_ptr<Request>> m_requests;
     bool m_stopping = false;
+    // Of the keychain's thread.
+    CallContext m_call;
     bool m_isOpened = false;
     std::unique_ptr<KeychainStore> m_store;
     std::thread m_thread;
 };
 
 /// Opens a store through the module zarn-keychain, which is loaded then. A module that cannot be
-/// loaded is told in one line on standard error.
-LazyKeychain::OpenStore moduleStore(KeychainOptions options);
+/// loaded is reported in one line on standard error.
+KeychainThread::OpenStore moduleStore(KeychainOptions options);
 
 } // namespace zarn::linux_backend

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/keychain/lazy_keychain.h"
+#include "platform/linux/keychain/keychain_thread.h"
 
 #include "tests/support/test_main_queue.h"
 
@@ -37,18 +37,18 @@ public:
     SlowStore(const SlowStore&) = delete;
     SlowStore& operator=(const SlowStore&) = delete;
 
-    KeychainStatus add(const KeychainItem& item, Deadline) override
+    KeychainStatus add(const KeychainItem& item) override
     {
         EXPECT_EQ(item.secret, (Data{'p', 'w'}));
         ++m_control.adds;
         return keychain_status::duplicateItem;
     }
-    KeychainStatus update(const KeychainQuery&, const Data& secret, Deadline) override
+    KeychainStatus update(const KeychainQuery&, const Data& secret) override
     {
         EXPECT_EQ(secret, (Data{'n', 'e', 'w'}));
         return keychain_status::success;
     }
-    KeychainMatch copyMatching(const KeychainQuery& query, Deadline) override
+    KeychainMatch copyMatching(const KeychainQuery& query) override
     {
         if (m_control.waits)
             m_control.released.wait();
@@ -56,39 +56,36 @@ public:
         return {keychain_status::success,
             KeychainItem{query.accessGroup, query.service, "admin", {'s'}}};
     }
-    KeychainStatus erase(const KeychainQuery&, Deadline) override
-    {
-        return keychain_status::itemNotFound;
-    }
-    KeychainListing list(Deadline) override { return {}; }
+    KeychainStatus erase(const KeychainQuery&) override { return keychain_status::itemNotFound; }
+    KeychainListing list() override { return {}; }
 
 private:
     Control& m_control;
 };
 
-class LazyKeychainTest : public testing::Test {
+class KeychainThreadTest : public testing::Test {
 protected:
-    LazyKeychain::OpenStore opener()
+    KeychainThread::OpenStore opener()
     {
-        return [this] { return std::make_unique<SlowStore>(control); };
+        return [this](CallContext&) { return std::make_unique<SlowStore>(control); };
     }
-    static constexpr LazyKeychain::Limits shortLimits{150ms, 200ms};
+    static constexpr KeychainThread::Limits shortLimits{150ms, 200ms};
     const KeychainQuery query{"group", "service", std::nullopt, true};
 
     SlowStore::Control control;
     TestMainQueue mainQueue;
 };
 
-TEST_F(LazyKeychainTest, NothingIsOpenedBeforeTheFirstCall)
+TEST_F(KeychainThreadTest, NothingIsOpenedBeforeTheFirstCall)
 {
-    const LazyKeychain keychain(mainQueue, opener());
+    const KeychainThread keychain(mainQueue, opener());
     EXPECT_EQ(control.opened, 0);
 }
 
-TEST_F(LazyKeychainTest, CallsReachOneStoreOnAThreadOfItsOwn)
+TEST_F(KeychainThreadTest, CallsReachOneStoreOnAThreadOfItsOwn)
 {
     {
-        LazyKeychain keychain(mainQueue, opener());
+        KeychainThread keychain(mainQueue, opener());
         EXPECT_EQ(keychain.add({"group", "service", "admin", {'p', 'w'}}),
             keychain_status::duplicateItem);
         EXPECT_EQ(keychain.update(query, {'n', 'e', 'w'}), keychain_status::success);
@@ -101,18 +98,18 @@ TEST_F(LazyKeychainTest, CallsReachOneStoreOnAThreadOfItsOwn)
     EXPECT_EQ(control.endedOn, control.thread);
 }
 
-TEST_F(LazyKeychainTest, PreloadingOpensTheStoreInTheBackground)
+TEST_F(KeychainThreadTest, PreloadingOpensTheStoreInTheBackground)
 {
-    LazyKeychain keychain(mainQueue, opener());
+    KeychainThread keychain(mainQueue, opener());
     keychain.preload();
     keychain.preload();
     EXPECT_EQ(keychain.copyMatching(query).status, keychain_status::success);
     EXPECT_EQ(control.opened, 1);
 }
 
-TEST_F(LazyKeychainTest, SlowStoreIsGivenUpWithinTheLimitOnTheMainThread)
+TEST_F(KeychainThreadTest, SlowStoreIsGivenUpWithinTheLimitOnTheMainThread)
 {
-    LazyKeychain keychain(mainQueue, opener(), shortLimits);
+    KeychainThread keychain(mainQueue, opener(), shortLimits);
     control.waits = true;
     const auto begin = std::chrono::steady_clock::now();
     EXPECT_EQ(keychain.copyMatching(query).status, keychain_status::interactionNotAllowed);
@@ -120,9 +117,9 @@ TEST_F(LazyKeychainTest, SlowStoreIsGivenUpWithinTheLimitOnTheMainThread)
     control.release.set_value();
 }
 
-TEST_F(LazyKeychainTest, SlowStoreIsGivenUpWithinTheLimitOnAnotherThread)
+TEST_F(KeychainThreadTest, SlowStoreIsGivenUpWithinTheLimitOnAnotherThread)
 {
-    LazyKeychain keychain(mainQueue, opener(), shortLimits);
+    KeychainThread keychain(mainQueue, opener(), shortLimits);
     control.waits = true;
     std::thread([&] {
         EXPECT_EQ(keychain.copyMatching(query).status, keychain_status::interactionNotAllowed);
@@ -130,9 +127,9 @@ TEST_F(LazyKeychainTest, SlowStoreIsGivenUpWithinTheLimitOnAnotherThread)
     control.release.set_value();
 }
 
-TEST_F(LazyKeychainTest, CallThatWasGivenUpWhileItWaitedIsNeverMade)
+TEST_F(KeychainThreadTest, CallThatWasGivenUpWhileItWaitedIsNeverMade)
 {
-    LazyKeychain keychain(mainQueue, opener(), shortLimits);
+    KeychainThread keychain(mainQueue, opener(), shortLimits);
     control.waits = true;
     std::thread first([&] { keychain.copyMatching(query); });
     // The second call cannot start before the first one has ended, which is not before `release`.
@@ -147,7 +144,7 @@ TEST_F(LazyKeychainTest, CallThatWasGivenUpWhileItWaitedIsNeverMade)
     EXPECT_EQ(control.adds, 0);
 }
 
-TEST_F(LazyKeychainTest, TheMainThreadPaintsWhileItWaits)
+TEST_F(KeychainThreadTest, TheMainThreadPaintsWhileItWaits)
 {
     class CountingMainQueue final : public MainQueue {
     public:
@@ -171,22 +168,22 @@ TEST_F(LazyKeychainTest, TheMainThreadPaintsWhileItWaits)
     };
     CountingMainQueue counting;
     counting.release = [this] { control.release.set_value(); };
-    LazyKeychain keychain(counting, opener());
+    KeychainThread keychain(counting, opener());
     control.waits = true;
     EXPECT_EQ(keychain.copyMatching(query).status, keychain_status::success);
     EXPECT_GE(counting.painted, 5);
 }
 
-TEST_F(LazyKeychainTest, WithoutAStoreThereIsNoKeychain)
+TEST_F(KeychainThreadTest, WithoutAStoreThereIsNoKeychain)
 {
-    LazyKeychain keychain(mainQueue, [] { return nullptr; });
+    KeychainThread keychain(mainQueue, [](CallContext&) { return nullptr; });
     EXPECT_EQ(keychain.copyMatching(query).status, keychain_status::notAvailable);
     EXPECT_EQ(keychain.add({"g", "s", "a", {'p', 'w'}}), keychain_status::notAvailable);
 }
 
-TEST_F(LazyKeychainTest, AcceptedCallsAreMadeBeforeTheKeychainEnds)
+TEST_F(KeychainThreadTest, AcceptedCallsAreMadeBeforeTheKeychainEnds)
 {
-    auto keychain = std::make_unique<LazyKeychain>(mainQueue, opener());
+    auto keychain = std::make_unique<KeychainThread>(mainQueue, opener());
     std::thread caller(
         [&] { EXPECT_EQ(keychain->copyMatching(query).status, keychain_status::success); });
     caller.join();
