@@ -162,6 +162,61 @@ TEST_F(AboutDeathTest, AMissingVersionTextStopsTheProcess)
     EXPECT_DEATH(openAbout(), "information dictionary");
 }
 
+// --- Edge cases
+
+using AboutEdgeCases = AppTest;
+
+TEST_F(AboutEdgeCases, SwitchingToDarkWhileThePanelIsOpenTurnsItOpaqueGreyWithWhiteText)
+{
+    agreeToTerms();
+    start();
+    menu("showAbout");
+    standard().globalValues["AppleInterfaceStyle"] = "Dark";
+    platform.notificationCenter.post("AppleInterfaceThemeChangedNotification");
+    EXPECT_EQ(shownWindow(1).view.greyLevel, 0.2);
+    EXPECT_EQ(shownWindow(1).view.alpha, 1.0);
+    const auto notice = shownWindow(1).outlets.textViewNamed("license_textfield").attributedText();
+    ASSERT_FALSE(notice.empty());
+    for (const auto& run : notice)
+        EXPECT_EQ(run.color, TextColor::White);
+}
+
+TEST_F(AboutEdgeCases, WithoutAnInterfaceStyleThePanelIsLight)
+{
+    agreeToTerms();
+    start();
+    menu("showAbout");
+    EXPECT_EQ(shownWindow(1).view.greyLevel, 0.2);
+    EXPECT_EQ(shownWindow(1).view.alpha, 0.2);
+    const auto notice = shownWindow(1).outlets.textViewNamed("license_textfield").attributedText();
+    ASSERT_FALSE(notice.empty());
+    for (const auto& run : notice)
+        EXPECT_EQ(run.color, TextColor::Black);
+}
+
+TEST_F(AboutEdgeCases, TheFeedbackAndLicenceLinesAreClickableAndTheWarningIsItalic)
+{
+    agreeToTerms();
+    start();
+    menu("showAbout");
+    std::vector<std::string> links;
+    std::string italic;
+    for (const auto& run :
+        shownWindow(1).outlets.textViewNamed("license_textfield").attributedText()) {
+        if (run.link)
+            links.push_back(run.text + " -> " + *run.link);
+        if (run.font.name == "HelveticaNeue-Italic")
+            italic += run.text;
+    }
+    EXPECT_EQ(links,
+        (std::vector<std::string>{
+            "publisher.example/feedback -> https://publisher.example/feedback",
+            "Example Licence Agreement -> https://publisher.example/agreement.pdf"}));
+    EXPECT_EQ(italic,
+        "\nWarning: Failure to test shortcuts thoroughly on non production devices could result "
+        "in data loss.\n");
+}
+
 } // namespace
 
 } // namespace zarn

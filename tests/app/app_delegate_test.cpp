@@ -3,6 +3,8 @@
 
 #include "tests/app/app_fixture.h"
 
+#include <algorithm>
+
 namespace zarn {
 
 namespace {
@@ -159,6 +161,64 @@ TEST_F(AppDelegateDeathTest, AMissingWindowListStopsTheProcess)
 {
     platform.windowList.records.reset();
     EXPECT_DEATH(menu("showAbout"), "the window server has no list of windows");
+}
+
+// --- Edge cases
+
+using MenuEdgeCases = AppTest;
+
+long countOf(const std::vector<std::string>& events, std::string_view event)
+{
+    return std::count(events.begin(), events.end(), event);
+}
+
+TEST_F(MenuEdgeCases, ChoosingAboutTwiceOpensTwoAboutWindows)
+{
+    agreeToTerms();
+    start();
+    menu("showAbout");
+    menu("showAbout");
+    EXPECT_EQ(countOf(events(), "show About"), 2);
+    ASSERT_EQ(platform.storyboards.main.shown.size(), 3U);
+    EXPECT_NE(&shownWindow(1), &shownWindow(2));
+}
+
+TEST_F(MenuEdgeCases, WithAnAboutWindowOfZarnPrintDeskAndNoneOfItsOwnAboutShowsNothing)
+{
+    agreeToTerms();
+    start();
+    platform.windowList.records = {{{"Zarn Print Desk", "About"}}};
+    events().clear();
+    menu("showAbout");
+    EXPECT_TRUE(events().empty());
+    EXPECT_EQ(platform.storyboards.main.shown.size(), 1U);
+}
+
+TEST_F(MenuEdgeCases, WithoutALogFolderShowLogFolderPresentsOneAlertWithOneOkButton)
+{
+    menu("showLogFolder");
+    ASSERT_EQ(platform.alertRunner.shown.size(), 1U);
+    const auto& alert = platform.alertRunner.shown.front();
+    EXPECT_EQ(alert.messageText, "Alert");
+    EXPECT_EQ(alert.informativeText, "There are currently no log files to display.");
+    ASSERT_EQ(alert.buttons.size(), 1U);
+    EXPECT_EQ(alert.buttons[0].title, "OK");
+    EXPECT_TRUE(platform.workspace.openedFolders.empty());
+}
+
+TEST_F(MenuEdgeCases, ClosingTheMainWindowQuitsTheApplication)
+{
+    agreeToTerms();
+    platform.application.whileRunning = [this] {
+        auto& storyboard = platform.storyboards.main;
+        menu("showAbout");
+        storyboard.close(1);
+        EXPECT_EQ(countOf(events(), "terminate"), 0);
+        storyboard.close(0);
+        EXPECT_EQ(countOf(events(), "terminate"), 1);
+    };
+    EXPECT_EQ(app().run(), 0);
+    EXPECT_EQ(countOf(events(), "terminate"), 1);
 }
 
 } // namespace

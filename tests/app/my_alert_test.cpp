@@ -104,6 +104,42 @@ TEST_F(MyAlertTest, NoUpdateIsToldWithOkAlone)
     EXPECT_TRUE(platform.workspace.openedUrls.empty());
 }
 
+// --- Edge cases
+
+class AlertEdgeCases : public AppTest {
+protected:
+    MyAlert alert{
+        {platform.alertRunner, platform.application, platform.workspace, texts.updateCheckPageUrl}};
+};
+
+TEST_F(AlertEdgeCases, AnAlertWithAnEmptySecondTitleShowsOneButtonAndAnswersOk)
+{
+    EXPECT_EQ(alert.display("H", "M", ""), "OK");
+    EXPECT_EQ(platform.alertRunner.shown.front().buttons.size(), 1U);
+}
+
+TEST_F(AlertEdgeCases, TheSecondButtonAnswersItsTitleAndHasTheKeyVWhileReturnPressesOk)
+{
+    platform.alertRunner.answers = {alertSecondButtonReturn};
+    EXPECT_EQ(alert.display("H", "M", "Quit"), "Quit");
+    const auto& buttons = platform.alertRunner.shown.front().buttons;
+    ASSERT_EQ(buttons.size(), 2U);
+    EXPECT_EQ(buttons[0].title, "OK");
+    EXPECT_EQ(buttons[0].keyEquivalent, "\r");
+    EXPECT_EQ(buttons[1].title, "Quit");
+    EXPECT_EQ(buttons[1].keyEquivalent, "v");
+}
+
+TEST_F(AlertEdgeCases, AnAvailableUpdateIsShownWithViewFirstAndIgnoreSecond)
+{
+    alert.showUpdateResult(true, "1.4.2");
+    const auto& shown = platform.alertRunner.shown.front();
+    EXPECT_EQ(shown.informativeText, "A new versions is available.");
+    ASSERT_EQ(shown.buttons.size(), 2U);
+    EXPECT_EQ(shown.buttons[0].title, "View");
+    EXPECT_EQ(shown.buttons[1].title, "Ignore");
+}
+
 } // namespace
 
 } // namespace zarn

@@ -3,6 +3,8 @@
 
 #include "tests/app/app_fixture.h"
 
+#include <algorithm>
+
 namespace zarn {
 
 namespace {
@@ -142,6 +144,50 @@ TEST_F(TermsDeathTest, AppearingWithoutAWindowStopsTheProcess)
     loadTerms();
     terms.view.shownIn = nullptr;
     EXPECT_DEATH(terms.controller->viewWillAppear(), "the terms of use have no window");
+}
+
+// --- Edge cases
+
+using TermsEdgeCases = AppTest;
+
+TEST_F(TermsEdgeCases, AFirstStartShowsTheTermsAndExitQuitsSoThatTheNextStartShowsThemAgain)
+{
+    for (int run = 0; run < 2; ++run) {
+        start();
+        ASSERT_NE(platform.storyboards.main.terms(), nullptr);
+        events().clear();
+        EXPECT_TRUE(platform.storyboards.main.terms()->click("exit_Button"));
+        EXPECT_EQ(
+            events(), (std::vector<std::string>{"set standard agreedToTermsOfUse", "terminate"}));
+        EXPECT_EQ(standard().values.at("agreedToTermsOfUse"), Value(false));
+        end();
+    }
+}
+
+TEST_F(TermsEdgeCases, AfterAcceptingLaterStartsGoStraightToTheConfigurationView)
+{
+    start();
+    ASSERT_NE(platform.storyboards.main.terms(), nullptr);
+    EXPECT_TRUE(platform.storyboards.main.terms()->click("accept_Button"));
+    EXPECT_EQ(platform.storyboards.main.terms(), nullptr);
+    EXPECT_EQ(standard().values.at("agreedToTermsOfUse"), Value(true));
+    end();
+    events().clear();
+    start();
+    EXPECT_EQ(platform.storyboards.main.terms(), nullptr);
+    EXPECT_EQ(std::count(events().begin(), events().end(), "segue termsOfUse"), 0);
+}
+
+TEST_F(TermsEdgeCases, TheGateWindowCannotBeClosedMinimisedResizedOrTakenToFullScreen)
+{
+    start();
+    ASSERT_NE(platform.storyboards.main.terms(), nullptr);
+    const auto mask = platform.storyboards.main.terms()->ownWindow.styleMask();
+    EXPECT_EQ(mask & window_style::closable, 0U);
+    EXPECT_EQ(mask & window_style::miniaturizable, 0U);
+    EXPECT_EQ(mask & window_style::resizable, 0U);
+    EXPECT_EQ(mask & window_style::fullScreen, 0U);
+    EXPECT_EQ(mask, window_style::fullSizeContentView);
 }
 
 } // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "tests/app/app_fixture.h"
-#include "tests/app/login_model.h"
+#include "tests/app/expected_login.h"
 
 #include <random>
 
@@ -152,7 +152,7 @@ protected:
         ASSERT_EQ(actions.string("currentServer"), model.currentServer);
         ASSERT_EQ(actions.string("username").value_or(""), model.username);
         ASSERT_EQ(actions.integer("useUsername"), model.usesUsernameStored ? 1 : 0);
-        std::vector<LoginModelReference::Secret> items;
+        std::vector<ExpectedLogin::Secret> items;
         for (const auto& item : platform.keychain.items)
             items.push_back({item.service, item.account, {item.secret.begin(), item.secret.end()}});
         ASSERT_EQ(items, model.keychain);
@@ -197,7 +197,7 @@ protected:
         }
     }
 
-    LoginModelReference model;
+    ExpectedLogin model;
     std::size_t most = 0;
 
 private:

@@ -13,9 +13,9 @@
 
 namespace zarn {
 
-/// What the configuration view should hold and have stored, told a second time in the plainest way:
-/// no controls, no settings, no queue. Random tests compare it with the real thing.
-struct LoginModelReference {
+/// What the configuration view should hold and have stored, written a second time in the plainest
+/// way: no controls, no settings, no queue. Random tests compare it with the real thing.
+struct ExpectedLogin {
     struct Profile {
         std::string server;
         double date = 0;

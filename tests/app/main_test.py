@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """The program as a process: options, exit codes, streams, signals, one running copy.
 
-    with_desktop --wm openbox process_entry_test.py PROGRAM
+    with_desktop --wm openbox main_test.py PROGRAM
 
 Each test has a home directory of its own.
 """
