@@ -6,6 +6,8 @@ set(ZARN_SHORT_VERSION "${PROJECT_VERSION}" CACHE STRING
     "Marketing version, M.m.p or M.m.pbN (CFBundleShortVersionString)")
 set(ZARN_UPDATE_CHECK_PAGE_URL "https://zarn-actions.example/releases" CACHE STRING
     "https address of the page that lists the published version")
+set(ZARN_SCREENSHOTS_URL "https://zarn-actions.example/pictures" CACHE STRING
+    "https address of the folder that has docs/pictures, for software catalogues")
 set(ZARN_FEEDBACK_ADDRESS "zarn-actions.example/feedback" CACHE STRING
     "Feedback address, without scheme")
 set(ZARN_AGREEMENT_TITLE "Zarn Actions Software Licence Agreement" CACHE STRING
@@ -13,6 +15,8 @@ set(ZARN_AGREEMENT_TITLE "Zarn Actions Software Licence Agreement" CACHE STRING
 set(ZARN_AGREEMENT_URL "https://zarn-actions.example/licence-agreement.pdf" CACHE STRING
     "Address of the licence agreement document")
 set(ZARN_PUBLISHER_NAME "Zarnie Software" CACHE STRING "Publisher's name in the ownership notice")
+set(ZARN_MAINTAINER "Zarnie Software <packages@zarn-actions.example>" CACHE STRING
+    "Who answers for the Debian packages: name and mail address")
 
 # The date of this version, for software catalogues and manual pages.
 set(zarn_changelog "${PROJECT_SOURCE_DIR}/CHANGELOG.md")

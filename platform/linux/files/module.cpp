@@ -15,7 +15,7 @@ Result<void*> loadModuleFunction(const std::string& fileName, const char* symbol
         return Error{ErrorCode::Io, "the program's own path cannot be read: " + error.message()};
     const auto folder = executable.parent_path();
     for (const auto& path :
-        {folder / fileName, folder.parent_path() / "lib/zarn-actions" / fileName}) {
+        {folder / fileName, folder.parent_path() / "lib/zarn-actions/modules" / fileName}) {
         if (!std::filesystem::exists(path, error))
             continue;
         void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
