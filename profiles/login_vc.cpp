@@ -10,7 +10,6 @@
 #include "platform/file_manager.h"
 #include "platform/notification_center.h"
 #include "platform/settings.h"
-#include "profiles/server_url.h"
 #include "profiles/status_line.h"
 
 #include <algorithm>
@@ -103,40 +102,32 @@ void LoginVC::listProfiles()
 {
     auto& profiles = m_model.availableServersDict;
     bool found = false;
-    if (profiles.empty() && !m_model.lastServer.empty()) {
-        m_model.lastServerDN = hostFromServerURL(m_model.lastServer);
-        profiles[m_model.lastServerDN] = m_store.newRecord(m_model.lastServer);
-        m_model.sortedDisplayNames.push_back(m_model.lastServerDN);
-    } else {
-        for (auto it = profiles.begin(); it != profiles.end();) {
-            const auto& record = *it->second.dictionary();
-            if (it->first.empty() || stringMember(record, "server").value_or("").starts_with('/')) {
-                it = profiles.erase(it);
-                continue;
-            }
-            m_model.sortedDisplayNames.push_back(it->first);
-            found = showIfLast(it->first, record) || found;
-            ++it;
+    // No profile has to be made of a remembered server: with an empty map none is remembered. The
+    // current name is a key of the map, the newest URL comes from it, and trimming never empties it.
+    for (auto it = profiles.begin(); it != profiles.end();) {
+        const auto& record = *it->second.dictionary();
+        if (it->first.empty() || stringMember(record, "server").value_or("").starts_with('/')) {
+            it = profiles.erase(it);
+            continue;
         }
+        m_model.sortedDisplayNames.push_back(it->first);
+        found = showIfLast(it->first, record) || found;
+        ++it;
     }
     if (found)
         m_outlets.selectServer_Button->selectItem(m_model.lastServerDN);
     else
         m_outlets.emptyCredentialFields();
     m_menu.rebuildServerMenu(m_model.sortedDisplayNames);
-    // Selecting a title that no item has selects nothing.
-    const auto& names = m_model.sortedDisplayNames;
-    const bool isListed
-        = std::find(names.begin(), names.end(), m_model.lastServerDN) != names.end();
     if (found)
-        m_outlets.selectServer_Button->selectItem(isListed ? m_model.lastServerDN : "");
+        m_outlets.selectServer_Button->selectItem(m_model.lastServerDN);
     else
         m_outlets.selectServer_Button->selectNone();
 }
 
 bool LoginVC::showIfLast(const std::string& displayName, const Value::Dictionary& record)
 {
-    if (m_model.lastServer.empty() || displayName != m_model.lastServer)
+    if (displayName != m_model.lastServer)
         return false;
     m_model.lastServerDN = displayName;
     m_outlets.displayName_TextField->setStringValue(displayName);

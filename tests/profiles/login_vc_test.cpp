@@ -273,6 +273,22 @@ TEST_F(LoginStartTest, ACurrentProfileThatIsTrimmedAwayIsNotShown)
     EXPECT_EQ(actions().values.at("currentServer"), Value("A"));
 }
 
+TEST_F(LoginStartTest, ACurrentServerWithoutAnyProfileIsForgottenAndMakesNone)
+{
+    for (const auto& stored : {Value(Value::Dictionary{}), Value("damaged"),
+             Value(Value::Dictionary{{"https://a", 1}})}) {
+        shared().values["serversDict"] = stored;
+        actions().values["currentServer"] = "https://a";
+        load();
+        EXPECT_EQ(login->model().lastServer, "") << describe(stored);
+        EXPECT_EQ(login->model().lastServerDN, "");
+        EXPECT_TRUE(login->model().availableServersDict.empty());
+        EXPECT_EQ(
+            window.outlets.popUp.shownItems(), (std::vector<std::string>{"-", "Add Server..."}));
+        EXPECT_FALSE(actions().values.contains("currentServer"));
+    }
+}
+
 TEST_F(LoginStartTest, OnlyBrokenProfilesLeadToAddMode)
 {
     storeProfile("", "https://nameless");
