@@ -1,10 +1,12 @@
 #!/usr/bin/python3 -sE
 # SPDX-License-Identifier: MIT
-"""The manual pages: well-formed, whole, and in step with what the programs and the completions say.
+"""The manual pages: well-formed, whole, and in step with what the programs and the completions say. The
+troubleshooting page: no alert is missing.
 
     manual_test.py BUILD_FOLDER SOURCE_FOLDER
 """
 
+import glob
 import os
 import re
 import subprocess
@@ -84,6 +86,20 @@ class ManualTest(unittest.TestCase):
                 told = re.findall(r"(?<![\w.-])(\d) +[a-z]", section(help_of(program), "exit status"))
                 self.assertEqual(listed, told)
                 self.assertGreater(len(told), 3)
+
+    def test_the_troubleshooting_page_explains_every_alert(self):
+        with open(os.path.join(SOURCE, "docs/troubleshooting.md"), encoding="utf-8") as file:
+            page = file.read().replace("**", "")
+        texts = set()
+        for path in glob.glob(os.path.join(SOURCE, "*", "*.cpp")):
+            with open(path, encoding="utf-8") as file:
+                shown = re.findall(r"(?:[aA]lerts?\.display\(|\bAlert alert\{)([^;]*);", file.read())
+            texts.update(text for call in shown for text in re.findall(r'"((?:[^"\\]|\\.)*)"', call)
+                             if len(text) > 8)
+        self.assertGreater(len(texts), 9, texts)
+        for text in texts:
+            for line in text.split("\\n"):
+                self.assertIn(line.strip(), page)
 
 
 if __name__ == "__main__":

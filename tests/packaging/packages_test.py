@@ -222,6 +222,13 @@ class ContentTest(unittest.TestCase):
         self.assertIn("/usr/share/doc/zarn-actions-tools/for-actions.md", tools)
         self.assertIn("/usr/share/doc/zarn-actions/security.md", window)
 
+    def test_the_catalogue_shows_pictures_that_are_in_the_documents(self):
+        with open(BUILD + "/generated/com.zarn.ZarnActions.metainfo.xml", encoding="utf-8") as file:
+            pictures = re.findall(r"<image>https://.*/(.*)</image>", file.read())
+        self.assertEqual(len(pictures), 3)
+        for picture in pictures:
+            self.assertIn("/usr/share/doc/zarn-actions/pictures/" + picture, PACKAGES.files(WINDOW))
+
     def test_owners_and_modes_are_those_of_a_system(self):
         for package in (WINDOW, TOOLS):
             for path, (mode, owner) in PACKAGES.entries(package).items():
