@@ -2,6 +2,7 @@
 // The process entry: the one place that names a backend.
 #include "app/launch_options.h"
 #include "app/zarn_actions_app.h"
+#include "base/warn.h"
 #include "platform/linux/linux_platform.h"
 
 #include <cstdio>
@@ -12,17 +13,12 @@ namespace {
 using zarn::LaunchOptions;
 using zarn::linux_backend::LinuxPlatform;
 
-void complain(const std::string& line)
-{
-    std::fprintf(stderr, "zarn-actions: %s\n", line.c_str());
-}
-
 /// The exit code of something that printed: a failure when the text did not get out.
 int afterPrinting(int result)
 {
     if (std::fflush(stdout) == 0 && !std::ferror(stdout))
         return result;
-    complain("standard output cannot be written");
+    zarn::warn("standard output cannot be written");
     return EXIT_FAILURE;
 }
 
@@ -37,14 +33,14 @@ int runWindow(const LinuxPlatform::Options& options)
     const auto start = LinuxPlatform::start(options);
     if (!start.platform) {
         if (!start.reason.empty())
-            complain(start.reason);
+            zarn::warn(start.reason);
         return start.exitCode;
     }
     zarn::ZarnActionsApp app(start.platform->services(), start.platform->productTexts());
     const int result = app.run();
     start.platform->announceEnding();
     if (!app.finishKeychainWrites()) {
-        complain("the keychain did not take what was saved last");
+        zarn::warn("the keychain did not take what was saved last");
         std::_Exit(EXIT_FAILURE);
     }
     return result;
@@ -59,7 +55,7 @@ int main(int argc, char** argv)
     const auto parsed = zarn::parseLaunchOptions(
         {argv + (argc > 0 ? 1 : 0), argv + argc}, LinuxPlatform::keychainKinds());
     if (!parsed) {
-        complain(parsed.error().message);
+        zarn::warn(parsed.error().message);
         return usageError;
     }
     const auto& options = parsed.value();

@@ -1,7 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "base/fatal.h"
 
-#include <cstdio>
+#include "base/warn.h"
+
 #include <cstdlib>
 #include <string>
 
@@ -9,9 +10,7 @@ namespace zarn {
 
 void fatalError(std::string_view what)
 {
-    const std::string line = "zarn-actions: fatal: " + std::string(what) + "\n";
-    std::fwrite(line.data(), 1, line.size(), stderr);
-    std::fflush(stderr);
+    warn("fatal: " + std::string(what));
     std::abort();
 }
 

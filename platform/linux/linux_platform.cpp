@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/linux_platform.h"
 
+#include "base/warn.h"
 #include "platform/linux/desktop/desktop_workspace.h"
 #include "platform/linux/desktop/process_signals.h"
 #include "platform/linux/desktop/settings_portal.h"
@@ -22,7 +23,6 @@
 #include <QApplication>
 
 #include <array>
-#include <cstdio>
 #include <cstdlib>
 #include <string_view>
 #include <thread>
@@ -52,7 +52,7 @@ void explainToolkitStart(QtMsgType type, const QMessageLogContext&, const QStrin
 {
     if (type != QtFatalMsg)
         return;
-    std::fprintf(stderr, "zarn-actions: %s\n", displayProblem().c_str());
+    warn(displayProblem());
     ::_exit(EXIT_FAILURE);
 }
 
@@ -61,7 +61,7 @@ void keepToolkitQuiet(QtMsgType type, const QMessageLogContext&, const QString& 
 {
     const bool isGrave = type == QtCriticalMsg || type == QtFatalMsg;
     if (isGrave || std::getenv("QT_LOGGING_RULES"))
-        std::fprintf(stderr, "zarn-actions: %s\n", message.toUtf8().constData());
+        warn(message.toStdString());
 }
 
 /// The toolkit never sees our command line: it would take its own options from it.

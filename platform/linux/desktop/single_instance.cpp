@@ -23,27 +23,21 @@ struct flock wholeFile()
 
 } // namespace
 
-SingleInstance::~SingleInstance()
-{
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
-}
-
 SingleInstance::Outcome SingleInstance::claim(
     const std::string& path, std::chrono::milliseconds patience)
 {
     using Clock = std::chrono::steady_clock;
-    if (!makePrivateFolder(path.substr(0, path.rfind('/'))))
+    if (!makePrivateFolder(folderOf(path)))
         return Outcome::Failed;
-    m_descriptor = ::open(path.c_str(), O_RDWR | O_CREAT | O_NOFOLLOW | O_CLOEXEC, 0600);
-    if (m_descriptor < 0)
+    m_file = Descriptor::open(path, O_RDWR | O_CREAT, 0600);
+    if (!m_file.ok())
         return Outcome::Failed;
     for (const auto deadline = Clock::now() + patience;;) {
         auto lock = wholeFile();
-        if (::fcntl(m_descriptor, F_SETLK, &lock) == 0)
-            return ::ftruncate(m_descriptor, 0) == 0 ? Outcome::First : Outcome::Failed;
+        if (::fcntl(m_file.get(), F_SETLK, &lock) == 0)
+            return ::ftruncate(m_file.get(), 0) == 0 ? Outcome::First : Outcome::Failed;
         lock = wholeFile();
-        if (::fcntl(m_descriptor, F_GETLK, &lock) != 0)
+        if (::fcntl(m_file.get(), F_GETLK, &lock) != 0)
             return Outcome::Failed;
         const bool isHeld = lock.l_type != F_UNLCK;
         if (isHeld && lock.l_pid <= 0)
@@ -59,13 +53,13 @@ SingleInstance::Outcome SingleInstance::claim(
 
 void SingleInstance::announceEnding() const
 {
-    [[maybe_unused]] const auto written = ::pwrite(m_descriptor, "ending\n", 7, 0);
+    [[maybe_unused]] const auto written = ::pwrite(m_file.get(), "ending\n", 7, 0);
 }
 
 bool SingleInstance::isHolderEnding() const
 {
     char first = 0;
-    return ::pread(m_descriptor, &first, 1, 0) == 1;
+    return ::pread(m_file.get(), &first, 1, 0) == 1;
 }
 
 } // namespace zarn::linux_backend

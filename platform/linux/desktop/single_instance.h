@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/linux/files/descriptor.h"
+
 #include <chrono>
 #include <string>
 
@@ -21,11 +23,6 @@ public:
         /// The lock file cannot be used.
         Failed
     };
-    SingleInstance() = default;
-    ~SingleInstance();
-    SingleInstance(const SingleInstance&) = delete;
-    SingleInstance& operator=(const SingleInstance&) = delete;
-
     /// Takes the lock `path`, or asks its holder to raise its window (SIGUSR1). A holder that is
     /// ending is waited for, at most `patience`. Catch SIGUSR1 before.
     Outcome claim(const std::string& path, std::chrono::milliseconds patience);
@@ -35,7 +32,7 @@ public:
 private:
     bool isHolderEnding() const;
 
-    int m_descriptor = -1;
+    Descriptor m_file;
 };
 
 } // namespace zarn::linux_backend

@@ -1,12 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/durable_file.h"
 
+#include "base/warn.h"
+
 #include <array>
-#include <cerrno>
-#include <cstdio>
 #include <cstring>
 #include <ctime>
-#include <filesystem>
 #include <optional>
 
 #include <fcntl.h>
@@ -16,53 +15,6 @@
 namespace zarn::linux_backend {
 
 namespace {
-
-Error failure(const std::string& what, const std::string& path, int number = errno)
-{
-    const auto code = number == ENOENT ? ErrorCode::NotFound : ErrorCode::Io;
-    return {code, what + " " + path + ": " + reasonOf(number)};
-}
-
-template <typename Call> auto retrying(Call call)
-{
-    auto result = call();
-    while (result < 0 && errno == EINTR)
-        result = call();
-    return result;
-}
-
-class Descriptor {
-public:
-    explicit Descriptor(int value)
-        : m_value(value)
-    {
-    }
-    ~Descriptor()
-    {
-        if (m_value >= 0)
-            ::close(m_value);
-    }
-    Descriptor(const Descriptor&) = delete;
-    Descriptor& operator=(const Descriptor&) = delete;
-    int get() const { return m_value; }
-    bool ok() const { return m_value >= 0; }
-    /// A failed close may be the only word of a failed write.
-    bool close()
-    {
-        const int result = ::close(m_value);
-        m_value = -1;
-        return result == 0 || errno == EINTR;
-    }
-
-private:
-    int m_value;
-};
-
-std::string folderOf(const std::string& path)
-{
-    const auto slash = path.rfind('/');
-    return slash == std::string::npos ? "." : path.substr(0, slash);
-}
 
 bool writeAll(int descriptor, std::string_view bytes)
 {
@@ -98,30 +50,29 @@ FileStamp stampFrom(const struct stat& status)
         status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec, status.st_size};
 }
 
-// The mode is set apart, whatever the umask takes away.
+// chmod too, because the umask takes rights away.
 bool makeFolder(const std::string& path)
 {
     return retrying([&] { return ::mkdir(path.c_str(), 0700); }) == 0
         && ::chmod(path.c_str(), 0700) == 0;
 }
 
-Status writeTemporary(const std::string& temporary, std::string_view contents)
+Result<HeldFile> writeTemporary(const std::string& temporary, std::string_view contents)
 {
     if (retrying([&] { return ::unlink(temporary.c_str()); }) != 0 && errno != ENOENT)
         return failure("cannot remove", temporary);
-    Descriptor file(retrying([&] {
-        return ::open(
-            temporary.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_NOFOLLOW | O_CLOEXEC, 0600);
-    }));
+    auto file = Descriptor::open(temporary, O_WRONLY | O_CREAT | O_EXCL, 0600);
     if (!file.ok())
         return failure("cannot create", temporary);
+    struct stat status { };
     if (retrying([&] { return ::fchmod(file.get(), 0600); }) != 0 || !writeAll(file.get(), contents)
-        || retrying([&] { return ::fsync(file.get()); }) != 0 || !file.close()) {
+        || retrying([&] { return ::fsync(file.get()); }) != 0
+        || ::fstat(file.get(), &status) != 0) {
         const int number = errno;
         ::unlink(temporary.c_str());
         return failure("cannot write", temporary, number);
     }
-    return Success{};
+    return HeldFile{std::move(file), stampFrom(status)};
 }
 
 std::string utcNow()
@@ -134,46 +85,29 @@ std::string utcNow()
     return text.data();
 }
 
-// A name beginning with `prefix` under which that very file is kept already.
-std::optional<std::string> linkTo(const FileStamp& stamp, const std::string& prefix)
-{
-    std::error_code error;
-    std::filesystem::directory_iterator it(folderOf(prefix), error);
-    for (; !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
-        const auto name = it->path().string();
-        if (name.starts_with(prefix) && stampOf(name) == stamp)
-            return name;
-    }
-    return std::nullopt;
-}
-
 Status syncFolder(const std::string& folder)
 {
-    const Descriptor descriptor(
-        retrying([&] { return ::open(folder.c_str(), O_RDONLY | O_DIRECTORY | O_CLOEXEC); }));
-    if (!descriptor.ok() || retrying([&] { return ::fsync(descriptor.get()); }) != 0)
+    // The folder itself may be a link of the user's.
+    const auto file = Descriptor::open(folder + "/.", O_RDONLY | O_DIRECTORY);
+    if (!file.ok() || retrying([&] { return ::fsync(file.get()); }) != 0)
         return failure("cannot flush", folder);
     return Success{};
 }
 
 } // namespace
 
-std::string reasonOf(int number)
+Error failure(const std::string& what, const std::string& path, int number)
 {
-    // Only opening without following links ends so, and the system's own words mislead.
-    return number == ELOOP ? "it is a symbolic link" : std::strerror(number);
+    const auto code = number == ENOENT ? ErrorCode::NotFound : ErrorCode::Io;
+    // Only opening without following links ends in ELOOP, and the system's own words mislead.
+    const char* reason = number == ELOOP ? "it is a symbolic link" : std::strerror(number);
+    return {code, what + " " + path + ": " + reason};
 }
 
-void warn(const std::string& line)
+std::string folderOf(const std::string& path)
 {
-    const auto text = "zarn-actions: " + line + "\n";
-    std::fwrite(text.data(), 1, text.size(), stderr);
-}
-
-HeldFile::~HeldFile()
-{
-    if (m_descriptor >= 0)
-        ::close(m_descriptor);
+    const auto slash = path.rfind('/');
+    return slash == std::string::npos ? "." : path.substr(0, slash);
 }
 
 FileStamp stampOf(const std::string& path)
@@ -214,36 +148,22 @@ Status makeOwnFolder(const std::string& path)
 
 Result<PrivateFile> openPrivateFile(const std::string& path, std::size_t limit)
 {
-    PrivateFile file;
-    file.held = HeldFile(retrying(
-        [&] { return ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK); }));
-    const int descriptor = file.held.descriptor();
+    auto file = Descriptor::open(path, O_RDONLY | O_NONBLOCK);
     struct stat status { };
-    if (descriptor < 0 || ::fstat(descriptor, &status) != 0)
+    if (!file.ok() || ::fstat(file.get(), &status) != 0)
         return failure("cannot read", path);
     if (!S_ISREG(status.st_mode))
         return Error{ErrorCode::Io, "cannot read " + path + ": it is not a regular file"};
     if (status.st_size > static_cast<off_t>(limit))
         return Error{ErrorCode::TooLarge, "cannot read " + path + ": it is too large"};
-    if ((status.st_mode & 0077U) != 0 && ::fchmod(descriptor, 0600) == 0)
+    if ((status.st_mode & 0077U) != 0 && ::fchmod(file.get(), 0600) == 0)
         warn("others could read " + path + "; made it private");
-    file.stamp = stampFrom(status);
-    file.contents.resize(static_cast<std::size_t>(status.st_size));
-    const auto filled = readAll(descriptor, file.contents);
+    std::string contents(static_cast<std::size_t>(status.st_size), '\0');
+    const auto filled = readAll(file.get(), contents);
     if (!filled)
         return failure("cannot read", path);
-    file.contents.resize(*filled);
-    return file;
-}
-
-std::pair<HeldFile, FileStamp> holdFile(const std::string& path)
-{
-    HeldFile held(
-        retrying([&] { return ::open(path.c_str(), O_RDONLY | O_NOFOLLOW | O_CLOEXEC); }));
-    struct stat status { };
-    if (held.descriptor() < 0 || ::fstat(held.descriptor(), &status) != 0)
-        return {};
-    return {std::move(held), stampFrom(status)};
+    contents.resize(*filled);
+    return PrivateFile{{std::move(file), stampFrom(status)}, std::move(contents)};
 }
 
 Result<std::string> readPrivateFile(const std::string& path, std::size_t limit)
@@ -254,17 +174,20 @@ Result<std::string> readPrivateFile(const std::string& path, std::size_t limit)
     return std::move(file.value().contents);
 }
 
-Status replacePrivateFile(const std::string& path, std::string_view contents)
+Result<HeldFile> replacePrivateFile(const std::string& path, std::string_view contents)
 {
     const auto temporary = path + ".tmp";
-    if (auto written = writeTemporary(temporary, contents); !written)
+    auto written = writeTemporary(temporary, contents);
+    if (!written)
         return written;
     if (retrying([&] { return ::rename(temporary.c_str(), path.c_str()); }) != 0) {
         const int number = errno;
         ::unlink(temporary.c_str());
         return failure("cannot replace", path, number);
     }
-    return syncFolder(folderOf(path));
+    if (auto flushed = syncFolder(folderOf(path)); !flushed)
+        return flushed.error();
+    return written;
 }
 
 Status removePrivateFile(const std::string& path)
@@ -276,60 +199,18 @@ Status removePrivateFile(const std::string& path)
     return failure("cannot remove", path);
 }
 
-namespace {
-
-constexpr std::size_t largestCopy = std::size_t{1} << 30;
-
-// A name beginning with `prefix` under which the same contents are kept already.
-std::optional<std::string> copyOf(const std::string& contents, const std::string& prefix)
+Result<std::string> setDamagedFileAside(const std::string& path)
 {
-    std::error_code error;
-    std::filesystem::directory_iterator it(folderOf(prefix), error);
-    for (; !error && it != std::filesystem::directory_iterator(); it.increment(error)) {
-        const auto name = it->path().string();
-        if (!name.starts_with(prefix)
-            || stampOf(name).size != static_cast<std::int64_t>(contents.size()))
-            continue;
-        if (const auto kept = readPrivateFile(name, largestCopy); kept && kept.value() == contents)
-            return name;
-    }
-    return std::nullopt;
-}
-
-Result<std::string> copyTo(
-    const std::string& name, const std::string& path, const std::string& prefix)
-{
-    const auto contents = readPrivateFile(path, largestCopy);
-    if (!contents)
-        return contents.error();
-    if (auto earlier = copyOf(contents.value(), prefix))
-        return *earlier;
-    if (const auto written = writeTemporary(name, contents.value()); !written)
-        return written.error();
-    return name;
-}
-
-} // namespace
-
-Result<std::string> keepDamagedCopy(const std::string& path)
-{
-    const auto stamp = stampOf(path);
-    const auto prefix = path + ".damaged-";
-    if (auto earlier = linkTo(stamp, prefix))
-        return *earlier;
-    const auto base = prefix + utcNow();
+    const auto base = path + ".damaged-" + utcNow();
+    auto name = base;
     // Two damaged files within a second get a number each.
-    for (int i = 0; i < 100; ++i) {
-        const auto name = i == 0 ? base : base + "-" + std::to_string(i);
-        if (::link(path.c_str(), name.c_str()) == 0)
-            return name;
-        // Some file systems have no links.
-        if (errno == EPERM || errno == EOPNOTSUPP || errno == ENOSYS)
-            return copyTo(name, path, prefix);
-        if (errno != EEXIST)
-            return failure("cannot keep a copy of", path);
-    }
-    return Error{ErrorCode::Io, "too many damaged copies of " + path};
+    for (int i = 1; stampOf(name) != FileStamp{}; ++i)
+        name = base + "-" + std::to_string(i);
+    if (retrying([&] { return ::rename(path.c_str(), name.c_str()); }) != 0)
+        return failure("cannot rename the damaged", path);
+    if (auto flushed = syncFolder(folderOf(path)); !flushed)
+        return flushed.error();
+    return name;
 }
 
 } // namespace zarn::linux_backend

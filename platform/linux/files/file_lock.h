@@ -2,35 +2,27 @@
 #pragma once
 
 #include "base/result.h"
+#include "platform/linux/files/descriptor.h"
 
 #include <chrono>
 #include <string>
-#include <utility>
 
 namespace zarn::linux_backend {
 
-/// An exclusive lock between processes, on a file beside the one it protects. Whoever waits is
-/// served in turn. The system releases it when its holder ends, however it ends. Any thread.
+/// An exclusive lock (`flock`) between processes, on a file beside the one it protects. The system
+/// releases it when its holder ends, however it ends. Any thread.
 class FileLock {
 public:
-    /// Waits for the lock on `path` + ".lock", at most `limit` (then ErrorCode::Unavailable). Makes
-    /// the folder when it is not there.
+    /// Waits for the lock on `path` + ".lock", at most `limit` (then ErrorCode::Unavailable). Who
+    /// waits has no place in a line. Makes the folder when it is not there.
     static Result<FileLock> acquire(const std::string& path, std::chrono::milliseconds limit);
-    ~FileLock();
-    FileLock(FileLock&& other) noexcept
-        : m_descriptor(std::exchange(other.m_descriptor, -1))
-    {
-    }
-    FileLock& operator=(FileLock&&) = delete;
-    FileLock(const FileLock&) = delete;
-    FileLock& operator=(const FileLock&) = delete;
 
 private:
-    explicit FileLock(int descriptor)
-        : m_descriptor(descriptor)
+    explicit FileLock(Descriptor file)
+        : m_file(std::move(file))
     {
     }
-    int m_descriptor;
+    Descriptor m_file;
 };
 
 } // namespace zarn::linux_backend

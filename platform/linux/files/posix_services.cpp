@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/posix_services.h"
 
+#include "base/warn.h"
 #include "platform/linux/files/durable_file.h"
 
 #include <cerrno>
@@ -19,22 +20,18 @@ namespace {
 
 class PosixFileHandle final : public FileHandle {
 public:
-    explicit PosixFileHandle(int descriptor)
-        : m_descriptor(descriptor)
+    explicit PosixFileHandle(Descriptor file)
+        : m_file(std::move(file))
     {
     }
-    ~PosixFileHandle() override { ::close(m_descriptor); }
-    PosixFileHandle(const PosixFileHandle&) = delete;
-    PosixFileHandle& operator=(const PosixFileHandle&) = delete;
 
-    void seekToEndOfFile() override { ::lseek(m_descriptor, 0, SEEK_END); }
+    void seekToEndOfFile() override { ::lseek(m_file.get(), 0, SEEK_END); }
     void writeData(std::string_view bytes) override
     {
         off_t written = 0;
         while (!bytes.empty()) {
-            const auto count = ::write(m_descriptor, bytes.data(), bytes.size());
-            if (count < 0 && errno == EINTR)
-                continue;
+            const auto count
+                = retrying([&] { return ::write(m_file.get(), bytes.data(), bytes.size()); });
             if (count <= 0) {
                 takeBack(written);
                 return;
@@ -49,13 +46,13 @@ private:
     // it meanwhile.
     void takeBack(off_t written) const
     {
-        const auto end = ::lseek(m_descriptor, 0, SEEK_CUR);
+        const auto end = ::lseek(m_file.get(), 0, SEEK_CUR);
         struct stat status { };
-        if (written > 0 && ::fstat(m_descriptor, &status) == 0 && status.st_size == end)
-            (void)!::ftruncate(m_descriptor, end - written);
+        if (written > 0 && ::fstat(m_file.get(), &status) == 0 && status.st_size == end)
+            (void)!::ftruncate(m_file.get(), end - written);
     }
 
-    int m_descriptor;
+    Descriptor m_file;
 };
 
 } // namespace
@@ -68,26 +65,20 @@ bool PosixFileManager::fileExists(const std::string& path) const
 
 bool PosixFileManager::createFile(const std::string& path)
 {
-    if (!makePrivateFolder(path.substr(0, path.rfind('/'))))
+    if (!makePrivateFolder(folderOf(path)))
         return false;
-    const int descriptor = ::open(
-        path.c_str(), O_WRONLY | O_CREAT | O_TRUNC | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK, 0600);
-    if (descriptor < 0)
-        return false;
-    const bool isPrivate = ::fchmod(descriptor, 0600) == 0;
-    ::close(descriptor);
-    return isPrivate;
+    const auto file = Descriptor::open(path, O_WRONLY | O_CREAT | O_TRUNC | O_NONBLOCK, 0600);
+    return file.ok() && ::fchmod(file.get(), 0600) == 0;
 }
 
 std::unique_ptr<FileHandle> PosixFileManager::openForUpdating(const std::string& path)
 {
     // Appending makes lines of several writers land whole and behind each other.
-    const int descriptor
-        = ::open(path.c_str(), O_RDWR | O_APPEND | O_NOFOLLOW | O_CLOEXEC | O_NONBLOCK);
-    if (descriptor < 0)
+    auto file = Descriptor::open(path, O_RDWR | O_APPEND | O_NONBLOCK);
+    if (!file.ok())
         return nullptr;
-    makePrivate(descriptor, path);
-    return std::make_unique<PosixFileHandle>(descriptor);
+    makePrivate(file.get(), path);
+    return std::make_unique<PosixFileHandle>(std::move(file));
 }
 
 void PosixFileManager::makePrivate(int descriptor, const std::string& path)

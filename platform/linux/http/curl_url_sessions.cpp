@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/http/curl_url_sessions.h"
 
+#include "base/warn.h"
 #include "platform/linux/http/curl_transfer.h"
 #include "platform/linux/http/http_rules.h"
 
@@ -11,7 +12,6 @@
 #include <algorithm>
 #include <csignal>
 #include <cstdint>
-#include <cstdio>
 #include <map>
 #include <string>
 #include <system_error>
@@ -20,12 +20,6 @@
 namespace zarn::linux_backend {
 
 namespace {
-
-void writeToStandardError(std::string_view line)
-{
-    const std::string text = "zarn-actions: " + std::string(line) + "\n";
-    std::fwrite(text.data(), 1, text.size(), stderr);
-}
 
 // Signals are for the main thread; a write to a closed connection is an error code.
 std::thread startWithoutSignals(std::function<void()> work)
@@ -52,7 +46,7 @@ public:
     Tasks(MainQueue& mainQueue, HttpLimits limits, Complain complain)
         : m_mainQueue(mainQueue)
         , m_limits(limits)
-        , m_complain(complain ? std::move(complain) : writeToStandardError)
+        , m_complain(complain ? std::move(complain) : warn)
     {
     }
 

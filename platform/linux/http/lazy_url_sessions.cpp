@@ -1,11 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/http/lazy_url_sessions.h"
 
+#include "base/warn.h"
 #include "platform/linux/files/module.h"
 #include "platform/linux/http/http_module.h"
 
 #include <cstdint>
-#include <cstdio>
 #include <map>
 
 namespace zarn::linux_backend {
@@ -93,8 +93,7 @@ void LazyUrlSessions::preload()
             m_sessions.reset(make(&m_mainQueue));
             return;
         }
-        const std::string line = "zarn-actions: no network: " + function.error().message + "\n";
-        std::fwrite(line.data(), 1, line.size(), stderr);
+        warn("no network: " + function.error().message);
         m_sessions = std::make_unique<NoUrlSessions>(m_mainQueue);
     });
 }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keychain/call_context.h"
 
-#include "platform/linux/files/durable_file.h"
+#include "base/warn.h"
 
 #include <algorithm>
 

@@ -73,7 +73,6 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
         return keychain_status::success;
     case KeychainFileState::Damaged:
         damaged = true;
-        reportDamaged();
         return keychain_status::success;
     case KeychainFileState::UnknownVersion:
         m_call.report(
@@ -95,11 +94,16 @@ KeychainStatus FileKeychain::load(KeychainContents& contents, bool& damaged) con
     return keychain_status::invalidKeychain;
 }
 
-void FileKeychain::reportDamaged() const
+KeychainStatus FileKeychain::loadUnderLock(KeychainContents& contents) const
 {
-    const auto kept = keepDamagedCopy(m_path);
+    bool damaged = false;
+    const auto status = load(contents, damaged);
+    if (!damaged)
+        return status;
+    const auto kept = setDamagedFileAside(m_path);
     m_call.report("the keychain file is damaged and reads as empty",
         kept ? m_path + " is kept as " + kept.value() : kept.error().message);
+    return kept ? keychain_status::success : keychain_status::ioFailure;
 }
 
 KeychainStatus FileKeychain::keyForWriting(std::string& key)
@@ -117,7 +121,7 @@ KeychainStatus FileKeychain::keyForWriting(std::string& key)
     // Nothing is encrypted with this key (there is no keychain), yet it is kept: the keychain that
     // it belongs to may come back from a backup.
     if (!isMissing) {
-        if (const auto kept = keepDamagedCopy(m_keyPath); !kept)
+        if (const auto kept = setDamagedFileAside(m_keyPath); !kept)
             return failed(kept.error(), unwritable);
     }
     key = newKeychainKey();
@@ -127,7 +131,7 @@ KeychainStatus FileKeychain::keyForWriting(std::string& key)
     return written ? keychain_status::success : failed(written.error(), unwritable);
 }
 
-KeychainStatus FileKeychain::write(const KeychainContents& contents, bool damaged)
+KeychainStatus FileKeychain::write(const KeychainContents& contents)
 {
     Wiped<std::string> key;
     if (const auto status = keyForWriting(key.get()); status != keychain_status::success)
@@ -135,10 +139,6 @@ KeychainStatus FileKeychain::write(const KeychainContents& contents, bool damage
     const auto bytes = sealKeychainFile(contents, key.get());
     if (bytes.empty())
         return failed({ErrorCode::TooLarge, "too large"}, unwritable);
-    if (damaged) {
-        if (const auto kept = keepDamagedCopy(m_path); !kept)
-            return failed(kept.error(), unwritable);
-    }
     const auto written = replacePrivateFile(m_path, bytes);
     return written ? keychain_status::success : failed(written.error(), unwritable);
 }
@@ -151,13 +151,12 @@ KeychainStatus FileKeychain::change(const Edit& edit)
     if (!lock)
         return failed(lock.error(), unwritable);
     KeychainContents contents;
-    bool damaged = false;
-    if (const auto status = load(contents, damaged); status != keychain_status::success)
+    if (const auto status = loadUnderLock(contents); status != keychain_status::success)
         return status;
     if (const auto status = edit(contents.items); status != keychain_status::success)
         return status;
     ++contents.generation;
-    return write(contents, damaged);
+    return write(contents);
 }
 
 KeychainStatus FileKeychain::add(const KeychainItem& item)
@@ -187,7 +186,12 @@ KeychainStatus FileKeychain::update(const KeychainQuery& query, const Data& secr
 KeychainStatus FileKeychain::read(KeychainContents& contents) const
 {
     bool damaged = false;
-    return load(contents, damaged);
+    const auto status = load(contents, damaged);
+    if (!damaged)
+        return status;
+    // Another process may have replaced the file meanwhile.
+    const auto lock = FileLock::acquire(m_path, m_call.timeLeft());
+    return lock ? loadUnderLock(contents) : failed(lock.error(), unreadable);
 }
 
 KeychainMatch FileKeychain::copyMatching(const KeychainQuery& query)
@@ -249,7 +253,7 @@ KeychainStatus FileKeychain::remove(const std::vector<StoredItem>& items)
     }
     if (!contents.items.empty()) {
         ++contents.generation;
-        return write(contents, false);
+        return write(contents);
     }
     // The key goes last: a keychain without its key would be lost, a key alone harms nothing.
     for (const auto& path : {m_path + ".tmp", m_path, m_keyPath + ".tmp", m_keyPath}) {

@@ -32,9 +32,9 @@ private:
     using Edit = std::function<KeychainStatus(std::vector<StoredItem>&)>;
     KeychainStatus change(const Edit& edit);
     KeychainStatus load(KeychainContents& contents, bool& damaged) const;
-    /// Keeps the damaged file beside the one that the next write makes, and says so.
-    void reportDamaged() const;
-    KeychainStatus write(const KeychainContents& contents, bool damaged);
+    /// With the lock held: a damaged file is set aside and reported, and reads as empty.
+    KeychainStatus loadUnderLock(KeychainContents& contents) const;
+    KeychainStatus write(const KeychainContents& contents);
     /// The key, made when there is neither key nor keychain.
     KeychainStatus keyForWriting(std::string& key);
     KeychainStatus failed(const Error& error, const char* what) const;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keychain/keychain_thread.h"
 
-#include "platform/linux/files/durable_file.h"
+#include "base/warn.h"
 #include "platform/linux/files/module.h"
 #include "platform/linux/keychain/keychain_module.h"
 #include "platform/linux/keychain/wipe.h"

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/settings/plist_settings.h"
 
+#include "base/warn.h"
 #include "platform/linux/files/durable_file.h"
 #include "platform/linux/files/file_lock.h"
 
@@ -9,9 +10,9 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr std::size_t largestFile = std::size_t{256} << 20;
-// A lock that is not given back in time is held by something broken: later writes wait less for it.
-constexpr std::chrono::milliseconds longestLock{5000};
-constexpr std::chrono::milliseconds lockHeldForever{1000};
+constexpr std::chrono::milliseconds longLockWait{5000};
+// After a lock that was not released in time, and for a read that found damage.
+constexpr std::chrono::milliseconds shortLockWait{1000};
 
 bool isPlainName(std::string_view name)
 {
@@ -25,10 +26,9 @@ bool isPlainName(std::string_view name)
 
 struct PlistDomain::Seen {
     HeldFile held;
-    FileStamp stamp;
     PlistDocument document;
-    // A damaged file of which no copy could be kept must not be replaced.
-    std::optional<Error> notKept;
+    // Why the file does not parse; "" when it does.
+    std::string damage;
 };
 
 Result<std::shared_ptr<PlistDomain::Seen>> PlistDomain::look() const
@@ -41,25 +41,44 @@ Result<std::shared_ptr<PlistDomain::Seen>> PlistDomain::look() const
         return seen;
     }
     seen->held = std::move(file.value().held);
-    seen->stamp = file.value().stamp;
     auto parsed = PlistDocument::parse(file.value().contents);
-    if (parsed) {
+    if (parsed)
         seen->document = std::move(parsed.value());
-        return seen;
-    }
-    const auto kept = keepDamagedCopy(m_path);
-    if (!kept)
-        seen->notKept = kept.error();
-    warn("damaged settings (" + parsed.error().message + ") read as empty: "
-        + (kept ? m_path + " is kept as " + kept.value() : kept.error().message));
+    else
+        seen->damage = parsed.error().message;
     return seen;
+}
+
+Result<std::shared_ptr<PlistDomain::Seen>> PlistDomain::lookUnderLock() const
+{
+    auto looked = look();
+    if (!looked || looked.value()->damage.empty())
+        return looked;
+    const auto kept = setDamagedFileAside(m_path);
+    if (!kept)
+        return kept.error();
+    warn("damaged settings (" + looked.value()->damage + ") read as empty: " + m_path
+        + " is kept as " + kept.value());
+    return std::make_shared<Seen>();
+}
+
+Result<std::shared_ptr<PlistDomain::Seen>> PlistDomain::lookAndSetAside() const
+{
+    auto looked = look();
+    if (!looked || looked.value()->damage.empty())
+        return looked;
+    // Another process may have replaced the file meanwhile.
+    const auto lock = FileLock::acquire(m_path, shortLockWait);
+    if (!lock)
+        return lock.error();
+    return lookUnderLock();
 }
 
 const PlistDocument& PlistDomain::current() const
 {
-    if (m_seen && m_readFailure.empty() && m_seen->stamp == stampOf(m_path))
+    if (m_seen && m_readFailure.empty() && m_seen->held.stamp == stampOf(m_path))
         return m_seen->document;
-    auto looked = look();
+    auto looked = lookAndSetAside();
     if (looked) {
         m_seen = std::move(looked.value());
         m_readFailure.clear();
@@ -86,35 +105,25 @@ Status PlistDomain::change(const std::function<bool(PlistDocument&)>& apply)
 {
     if (!m_readFailure.empty())
         return Error{ErrorCode::Io, m_readFailure};
-    const auto lock = FileLock::acquire(m_path, m_lockTimedOut ? lockHeldForever : longestLock);
+    const auto lock = FileLock::acquire(m_path, m_lockTimedOut ? shortLockWait : longLockWait);
     m_lockTimedOut = !lock && lock.error().code == ErrorCode::Unavailable;
     if (!lock)
         return lock.error();
-    if (!m_seen || m_seen->stamp != stampOf(m_path)) {
-        auto looked = look();
+    if (!m_seen || m_seen->held.stamp != stampOf(m_path)) {
+        auto looked = lookUnderLock();
         if (!looked)
             return looked.error();
         m_seen = std::move(looked.value());
     }
-    if (m_seen->notKept)
-        return *m_seen->notKept;
     if (!apply(m_seen->document))
         return Success{};
-    auto written = write();
-    // The document holds what the file does not.
-    if (!written)
+    auto written = replacePrivateFile(m_path, m_seen->document.xml());
+    if (!written) {
+        // The document holds what the file does not.
         m_seen.reset();
-    return written;
-}
-
-Status PlistDomain::write()
-{
-    if (auto replaced = replacePrivateFile(m_path, m_seen->document.xml()); !replaced)
-        return replaced;
-    // The lock is still held: this is what was just written.
-    auto [held, stamp] = holdFile(m_path);
-    m_seen->held = std::move(held);
-    m_seen->stamp = stamp;
+        return written.error();
+    }
+    m_seen->held = std::move(written.value());
     return Success{};
 }
 

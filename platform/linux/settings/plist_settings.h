@@ -15,8 +15,8 @@
 namespace zarn::linux_backend {
 
 /// One domain: a property-list file, replaced as a whole under a lock. A file that does not parse
-/// reads as empty and a copy of it is kept. After a read that failed nothing is written until one
-/// succeeds: what would be written may stem from the failure. Main thread only.
+/// reads as empty and is renamed. After a read that failed nothing is written until one succeeds:
+/// what would be written may stem from the failure. Main thread only.
 class PlistDomain final : public SettingsDomain {
 public:
     explicit PlistDomain(std::string path)
@@ -40,8 +40,10 @@ private:
     struct Seen;
     const PlistDocument& current() const;
     Result<std::shared_ptr<Seen>> look() const;
+    // With the lock held: a damaged file is set aside.
+    Result<std::shared_ptr<Seen>> lookUnderLock() const;
+    Result<std::shared_ptr<Seen>> lookAndSetAside() const;
     Status change(const std::function<bool(PlistDocument&)>& apply);
-    Status write();
 
     std::string m_path;
     mutable std::shared_ptr<Seen> m_seen;

@@ -2,6 +2,7 @@
 #include "platform/linux/settings/plist_settings.h"
 
 #include "platform/linux/files/durable_file.h"
+#include "platform/linux/files/file_lock.h"
 #include "tests/support/scratch_folder.h"
 
 #include <gtest/gtest.h>
@@ -128,17 +129,36 @@ TEST_F(PlistSettingsTest, ADamagedFileReadsAsEmptyAndIsKeptOnceAndTellsItInOneLi
     EXPECT_EQ(domain.integer("key"), 2);
 }
 
-TEST_F(PlistSettingsTest, ReadingADamagedFileChangesNothingAndKeepsOneCopy)
+TEST_F(PlistSettingsTest, ReadingADamagedFileRenamesItOnce)
 {
     put("damaged");
+    std::string text;
     for (int start = 0; start < 3; ++start) {
-        said([&] {
+        text += said([&] {
             PlistSettings other(folder, {}, nullptr);
             EXPECT_EQ(other.domain(name)->object("key"), std::nullopt);
         });
     }
+    EXPECT_EQ(linesOf(text), 1) << text;
+    const auto files = names();
+    ASSERT_EQ(files.size(), 2U);
+    EXPECT_TRUE(files[0].starts_with(name + ".plist.damaged-2")) << files[0];
+    EXPECT_EQ(contentsOf(folder + "/" + files[0]), "damaged");
+    EXPECT_EQ(files[1], name + ".plist.lock");
+}
+
+TEST_F(PlistSettingsTest, ADamagedFileIsNotRenamedWhileAnotherProgramHoldsTheLock)
+{
+    put("damaged");
+    const auto lock = FileLock::acquire(path, std::chrono::seconds(1));
+    ASSERT_TRUE(lock);
+    EXPECT_EQ(said([&] { EXPECT_EQ(domain.object("key"), std::nullopt); }),
+        "zarn-actions: settings read as empty: another program keeps " + path + ".lock locked\n");
     EXPECT_EQ(contentsOf(path), "damaged");
-    EXPECT_EQ(names().size(), 2U);
+    // It may be writing a whole file at this moment.
+    put(good);
+    EXPECT_EQ(domain.string("username"), "kept");
+    EXPECT_EQ(names(), (std::vector<std::string>{name + ".plist", name + ".plist.lock"}));
 }
 
 TEST_F(PlistSettingsTest, AFileDamagedAgainIsKeptAgain)
