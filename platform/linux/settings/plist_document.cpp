@@ -6,7 +6,6 @@
 #include <plist/plist.h>
 
 #include <algorithm>
-#include <bit>
 #include <clocale>
 #include <cmath>
 #include <cstdlib>
@@ -18,8 +17,10 @@ namespace {
 
 constexpr int deepest = 128;
 
-// Property lists count seconds from 2001-01-01.
+// The library counts seconds from 2001-01-01 in 32 bits.
 constexpr double secondsTo2001 = 978307200;
+constexpr double firstSecond = -std::numeric_limits<std::int32_t>::max();
+constexpr double lastSecond = std::numeric_limits<std::int32_t>::max();
 
 // The parser reads and writes numbers in the locale of the thread.
 class PlainLocale {
@@ -134,48 +135,13 @@ plist_t arrayNode(const Value::Array& array, bool& exact)
     return node;
 }
 
-// The library's own functions know 32 bits of seconds only, its binary form knows all: a header, a
-// tag (3), eight bytes, and a fixed table behind them.
-constexpr std::string_view binaryStart = "bplist003";
-
-plist_t farDateNode(double seconds)
-{
-    static constexpr std::string_view table("\x08\0\0\0\0\0\0\1\1\0\0\0\0\0\0\0\1\0\0\0\0\0\0\0\0"
-                                            "\0\0\0\0\0\0\0\x11",
-        33);
-    std::string binary(binaryStart);
-    const auto bits = std::bit_cast<std::uint64_t>(seconds);
-    for (int shift = 56; shift >= 0; shift -= 8)
-        binary += static_cast<char>(bits >> shift & 0xFF);
-    binary += table;
-    plist_t node = nullptr;
-    plist_from_bin(binary.data(), static_cast<std::uint32_t>(binary.size()), &node);
-    return node;
-}
-
-double farDateOf(plist_t node)
-{
-    char* binary = nullptr;
-    std::uint32_t length = 0;
-    plist_to_bin(node, &binary, &length);
-    std::uint64_t bits = 0;
-    for (std::size_t i = 0; i < 8 && binary && length > 17; ++i)
-        bits = bits << 8 | static_cast<unsigned char>(binary[binaryStart.size() + i]);
-    plist_to_bin_free(binary);
-    return std::bit_cast<double>(bits);
-}
-
 plist_t dateNode(Date date)
 {
-    constexpr double year1000 = -30610224000;
-    constexpr double endOfYear9999 = 253402300799;
     if (std::isnan(date.secondsSince1970))
         return nullptr;
-    const double seconds
-        = std::floor(std::clamp(date.secondsSince1970, year1000, endOfYear9999)) - secondsTo2001;
-    constexpr double most = std::numeric_limits<std::int32_t>::max();
-    return std::abs(seconds) < most ? plist_new_date(static_cast<std::int32_t>(seconds), 0)
-                                    : farDateNode(seconds);
+    const double seconds = std::floor(date.secondsSince1970 - secondsTo2001);
+    return plist_new_date(
+        static_cast<std::int32_t>(std::clamp(seconds, firstSecond, lastSecond)), 0);
 }
 
 plist_t nodeOf(const Value& value, bool& exact)
@@ -251,9 +217,9 @@ Value dateOf(plist_t node)
     std::int32_t seconds = 0;
     std::int32_t microseconds = 0;
     plist_get_date_val(node, &seconds, &microseconds);
-    constexpr std::int32_t most = std::numeric_limits<std::int32_t>::max();
-    if (seconds <= -most || seconds == most)
-        return Date{secondsTo2001 + farDateOf(node)};
+    // What does not fit reads so, before and after alike. The future is what no profile is lost by.
+    if (seconds == std::numeric_limits<std::int32_t>::min())
+        return Date{secondsTo2001 + lastSecond};
     return Date{secondsTo2001 + seconds};
 }
 

@@ -12,7 +12,8 @@
 namespace zarn::linux_backend {
 
 /// An XML property list whose top is a dictionary. Keeps what `Value` cannot hold. Its dates are
-/// whole seconds of the years 1000 to 9999. One thread at a time.
+/// whole seconds from December 1932 to January 2069: a later or earlier one that is set becomes the
+/// nearest, one in a file reads as the last. One thread at a time.
 class PlistDocument {
 public:
     /// Empty.

@@ -53,11 +53,9 @@ TEST(PlistDocument, WhatItCannotShowStaysInTheFile)
     EXPECT_NE(xml.find("e-2"), std::string::npos) << xml;
 }
 
-TEST(PlistDocument, DatesOfAThousandYearsAreKept)
+TEST(PlistDocument, DatesFrom1932To2069AreKept)
 {
-    for (const double seconds :
-        {-30610224000.0, -2208988800.0, 0.0, 978307199.0, 978307200.0, 3125790846.0, 3125790847.0,
-            3125790848.0, -1169176449.0, -1169176448.0, 4102444800.0, 253402300799.0})
+    for (const double seconds : {-1169176447.0, 0.0, 978307199.0, 978307200.0, 3125790847.0})
         EXPECT_EQ(stored(Date{seconds}), Value(Date{seconds})) << seconds;
 }
 
@@ -67,10 +65,26 @@ TEST(PlistDocument, DatesAreWholeSeconds)
     EXPECT_EQ(stored(Date{-0.5}), Value(Date{-1}));
 }
 
-TEST(PlistDocument, DatesBeyondItsYearsAreMovedToTheLastOrFirst)
+TEST(PlistDocument, ADateBeyondItsYearsBecomesTheNearest)
 {
-    EXPECT_EQ(stored(Date{1e300}), Value(Date{253402300799}));
-    EXPECT_EQ(stored(Date{-1e300}), Value(Date{-30610224000}));
+    for (const double late : {3125790848.0, 4102444800.0, 1e300})
+        EXPECT_EQ(stored(Date{late}), Value(Date{3125790847.0})) << late;
+    for (const double early : {-1169176448.0, -2208988800.0, -1e300})
+        EXPECT_EQ(stored(Date{early}), Value(Date{-1169176447.0})) << early;
+}
+
+// Of the profiles beyond what can be kept the oldest goes: a date far in the future must not read
+// as the past.
+TEST(PlistDocument, ADateInAFileBeyondItsYearsReadsAsTheLastAndStaysInTheFile)
+{
+    for (const char* date : {"2069-01-19T03:14:08Z", "2100-01-01T00:00:00Z", "9999-12-31T23:59:59Z",
+             "1900-01-01T00:00:00Z"}) {
+        const auto parsed
+            = PlistDocument::parse(plist("<key>d</key><date>" + std::string(date) + "</date>"));
+        ASSERT_TRUE(parsed) << date;
+        EXPECT_EQ(parsed.value().object("d"), Value(Date{3125790847.0})) << date;
+        EXPECT_NE(parsed.value().xml().find(date), std::string::npos) << parsed.value().xml();
+    }
 }
 
 TEST(PlistDocument, TextsOfEveryScriptAndLineBreakAreKept)
