@@ -166,7 +166,7 @@ void Diagnosis::keychain(KeychainOptions options)
     options.moveItems = false;
     CallContext call([this](const std::string& text) { line("keychain", text); });
     const auto store = moduleStore(options)(call);
-    const auto trouble = store ? keychainProbe(*store, call) : "its module cannot be loaded";
+    const auto trouble = keychainProbe(*store, call);
     if (trouble.empty())
         line("keychain probe", "written, read and deleted");
     else
@@ -175,10 +175,8 @@ void Diagnosis::keychain(KeychainOptions options)
 
 void Diagnosis::http()
 {
-    if (const auto made = loadModuleFunction(httpModuleFile, makeUrlSessionsSymbol); made)
-        line("network", "its module can be loaded");
-    else
-        problem("network", made.error().message);
+    moduleFunction(httpModuleFile, makeUrlSessionsSymbol);
+    line("network", "its module can be loaded");
 }
 
 bool Diagnosis::conclude() const

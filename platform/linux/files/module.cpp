@@ -1,18 +1,32 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/files/module.h"
 
+#include "base/warn.h"
+
 #include <dlfcn.h>
 
+#include <cstdio>
+#include <cstdlib>
 #include <filesystem>
 
 namespace zarn::linux_backend {
 
-Result<void*> loadModuleFunction(const std::string& fileName, const char* symbol)
+namespace {
+
+[[noreturn]] void endBroken(const std::string& reason)
+{
+    warn("the installation is broken: " + reason);
+    std::fflush(stdout);
+    // Other threads are at work: nothing may be destroyed under them.
+    std::_Exit(EXIT_FAILURE);
+}
+
+} // namespace
+
+void* moduleFunction(const std::string& fileName, const char* symbol)
 {
     std::error_code error;
     const auto executable = std::filesystem::read_symlink("/proc/self/exe", error);
-    if (error)
-        return Error{ErrorCode::Io, "the program's own path cannot be read: " + error.message()};
     const auto folder = executable.parent_path();
     for (const auto& path :
         {folder / fileName, folder.parent_path() / "lib/zarn-actions/modules" / fileName}) {
@@ -20,12 +34,11 @@ Result<void*> loadModuleFunction(const std::string& fileName, const char* symbol
             continue;
         void* module = dlopen(path.c_str(), RTLD_NOW | RTLD_LOCAL);
         void* function = module ? dlsym(module, symbol) : nullptr;
-        if (function)
-            return function;
-        const char* reason = dlerror();
-        return Error{ErrorCode::Unavailable, reason ? reason : "no such function in " + fileName};
+        if (!function)
+            endBroken(dlerror());
+        return function;
     }
-    return Error{ErrorCode::NotFound, fileName + " is not beside the program"};
+    endBroken(fileName + " is not beside the program");
 }
 
 } // namespace zarn::linux_backend

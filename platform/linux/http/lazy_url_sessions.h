@@ -6,20 +6,18 @@
 
 #include <memory>
 #include <mutex>
-#include <string>
 
 namespace zarn::linux_backend {
 
 /// Sessions whose library is loaded on first use: it and what it pulls in would delay the first
-/// paint. Without the module every task ends without a response, and one line on standard error
-/// says why.
+/// paint. Main thread only, except preload().
 class LazyUrlSessions final : public UrlSessions {
 public:
     /// `mainQueue` outlives the sessions.
-    explicit LazyUrlSessions(MainQueue& mainQueue);
-    /// For tests: another module file.
-    LazyUrlSessions(MainQueue& mainQueue, std::string moduleFile);
-    ~LazyUrlSessions() override;
+    explicit LazyUrlSessions(MainQueue& mainQueue)
+        : m_mainQueue(mainQueue)
+    {
+    }
 
     /// Loads the module now. Any thread, any number of times.
     void preload();
@@ -31,7 +29,6 @@ public:
 
 private:
     MainQueue& m_mainQueue;
-    const std::string m_moduleFile;
     std::once_flag m_loaded;
     std::unique_ptr<UrlSessions> m_sessions;
 };

@@ -1,10 +1,11 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keychain/keychain_thread.h"
 
-#include "base/warn.h"
 #include "platform/linux/files/module.h"
 #include "platform/linux/keychain/keychain_module.h"
 #include "platform/linux/keychain/wipe.h"
+
+#include <utility>
 
 #include <pthread.h>
 
@@ -88,11 +89,8 @@ void KeychainThread::serve()
 
 void KeychainThread::perform(Request& request)
 {
-    KeychainMatch match{keychain_status::notAvailable, std::nullopt};
-    if (m_store) {
-        m_call.begin(request.deadline, request.stop.get_token());
-        match = request.work(*m_store);
-    }
+    m_call.begin(request.deadline, request.stop.get_token());
+    auto match = request.work(*m_store);
     {
         const std::lock_guard lock(m_mutex);
         request.match = std::move(match);
@@ -162,12 +160,8 @@ std::optional<std::string> KeychainThread::messageText(KeychainStatus status) co
 KeychainThread::OpenStore moduleStore(KeychainOptions options)
 {
     return [options = std::move(options)](CallContext& call) -> std::unique_ptr<KeychainStore> {
-        const auto function = loadModuleFunction(keychainModuleFile, keychainModuleFunction);
-        if (!function) {
-            warn("keychain: " + function.error().message);
-            return nullptr;
-        }
-        const auto make = reinterpret_cast<decltype(&zarnMakeKeychainStore)>(function.value());
+        const auto make = reinterpret_cast<decltype(&zarnMakeKeychainStore)>(
+            moduleFunction(keychainModuleFile, keychainModuleFunction));
         return std::unique_ptr<KeychainStore>(make(&options, &call));
     };
 }

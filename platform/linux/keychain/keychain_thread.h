@@ -18,7 +18,7 @@ namespace zarn::linux_backend {
 /// Any thread; on the main thread the window goes on painting meanwhile.
 class KeychainThread final : public Keychain {
 public:
-    /// Runs on the keychain's thread, once; null when no store can be had.
+    /// Runs on the keychain's thread, once; never null.
     using OpenStore = std::function<std::unique_ptr<KeychainStore>(CallContext&)>;
     struct Limits {
         /// How long a call of the store may take.
@@ -69,8 +69,7 @@ private:
     std::thread m_thread;
 };
 
-/// Opens a store through the module zarn-keychain, which is loaded then. A module that cannot be
-/// loaded is reported in one line on standard error.
+/// Opens a store through the module zarn-keychain, which is loaded then (see moduleFunction).
 KeychainThread::OpenStore moduleStore(KeychainOptions options);
 
 } // namespace zarn::linux_backend

@@ -74,37 +74,5 @@ TEST(LazyUrlSessions, MayBePreloadedOnAnotherThreadWhileTheMainThreadAsks)
     EXPECT_EQ(calls, 2);
 }
 
-TEST(LazyUrlSessions, WithoutTheModuleATaskEndsWithoutAResponseAndOneLineSaysWhy)
-{
-    TestMainQueue queue;
-    LazyUrlSessions sessions(queue, "zarn-missing.so");
-    testing::internal::CaptureStderr();
-    sessions.preload();
-    sessions.preload();
-    EXPECT_EQ(testing::internal::GetCapturedStderr(),
-        "zarn-actions: no network: zarn-missing.so is not beside the program\n");
-    int calls = 0;
-    EXPECT_FALSE(fetch(sessions, queue, "https://zarn.example", calls));
-    EXPECT_EQ(calls, 1);
-}
-
-TEST(LazyUrlSessions, WithoutTheModuleDestroyingItDestroysCompletionsUncalled)
-{
-    TestMainQueue queue;
-    const auto token = std::make_shared<int>(0);
-    UrlSessionDelegate delegate;
-    {
-        testing::internal::CaptureStderr();
-        LazyUrlSessions sessions(queue, "zarn-missing.so");
-        sessions.makeSession({}, delegate)
-            ->dataTask({*Url::fromText("https://zarn.example")},
-                [token](const std::optional<HttpResponse>&) { ADD_FAILURE() << "called"; });
-        EXPECT_NE(testing::internal::GetCapturedStderr(), "");
-        EXPECT_EQ(token.use_count(), 2);
-    }
-    EXPECT_EQ(token.use_count(), 1);
-    queue.runPosted();
-}
-
 } // namespace
 } // namespace zarn::linux_backend

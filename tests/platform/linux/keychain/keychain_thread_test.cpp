@@ -174,13 +174,6 @@ TEST_F(KeychainThreadTest, TheMainThreadPaintsWhileItWaits)
     EXPECT_GE(counting.painted, 5);
 }
 
-TEST_F(KeychainThreadTest, WithoutAStoreThereIsNoKeychain)
-{
-    KeychainThread keychain(mainQueue, [](CallContext&) { return nullptr; });
-    EXPECT_EQ(keychain.copyMatching(query).status, keychain_status::notAvailable);
-    EXPECT_EQ(keychain.add({"g", "s", "a", {'p', 'w'}}), keychain_status::notAvailable);
-}
-
 TEST_F(KeychainThreadTest, AcceptedCallsAreMadeBeforeTheKeychainEnds)
 {
     auto keychain = std::make_unique<KeychainThread>(mainQueue, opener());
