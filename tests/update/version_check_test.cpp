@@ -60,6 +60,18 @@ TEST_F(VersionCheckTest, ABetaComparesAsText)
     EXPECT_EQ(resultOf(row + "1.5.0b2</td>", "1.5.0"), true);
 }
 
+TEST_F(VersionCheckTest, APublishedVersionIsAnUpdateExactlyWhenItComparesAfterTheOwn)
+{
+    const std::vector<std::string> ascending{"0.9.9", "0.10.0", "1.0.9", "1.0.10", "1.5.0",
+        "1.5.0b", "1.5.0b9", "1.5.0b10", "1.5.1", "1.9.0", "1.10.0", "9.9.9", "10.0.0"};
+    for (std::size_t published = 0; published < ascending.size(); ++published) {
+        for (std::size_t own = 0; own < ascending.size(); ++own)
+            EXPECT_EQ(resultOf(row + ascending[published] + "</td></tr>", ascending[own]),
+                published > own)
+                << ascending[published] << " for " << ascending[own];
+    }
+}
+
 TEST_F(VersionCheckTest, ParsesItsOwnVersion)
 {
     EXPECT_EQ(parseAppVersion("1.4.2"), (AppVersion{1, 4, 2, false, 0}));
