@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """Moving items from the file keychain to a keyring service that appears later, killed at each step.
 
-usage: keychain_move.py BUILD_FOLDER
+usage: moving_keychain_test.py BUILD_FOLDER
 
 Runs itself under with_desktop with a real gnome-keyring. A file keychain with three items is put
 in place, and the first look-up of a start, which moves them, is killed at its first message to the
