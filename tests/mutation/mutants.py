@@ -9,7 +9,9 @@ import collections
 import re
 
 # edits: (start, end, replacement) in the text, in ascending order.
-Mutant = collections.namedtuple("Mutant", "kind edits")
+# guard: None, or (start, end, before, after): what put around the place makes the change one that can be
+# switched on while the program runs, so that many mutants share a program. NUMBER stands for its number.
+Mutant = collections.namedtuple("Mutant", "kind edits guard", defaults=[None])
 Token = collections.namedtuple("Token", "kind text start end")
 
 TOKEN = re.compile(r"""
@@ -29,6 +31,13 @@ BINARY = {
     "<<": [">>"], ">>": ["<<"], "&": ["|"], "|": ["&"], "^": ["&"],
     "+=": ["-=", "="], "-=": ["+=", "="], "*=": ["/="], "|=": ["&=", "="], "&=": ["|=", "="],
 }
+# The operators of tests/mutation/active_mutant.h.
+SWITCHED = {"==": "Equal", "!=": "NotEqual", "<": "Less", "<=": "LessEqual", ">": "Greater",
+            ">=": "GreaterEqual", "+": "Plus", "-": "Minus", "*": "Times", "/": "Divided", "&": "And",
+            "|": "Or", "<<": "ShiftedLeft", ">>": "ShiftedRight"}
+# What begins a statement that is no expression. Without its "return" a function may have no result.
+DECLARING = {"const", "constexpr", "static", "auto", "return", "throw"}
+ACTIVE = "zarn_mutation::isActive(NUMBER)"
 EMPTY_RESULTS = {"false", "0", "{}", '""', "nullptr", "std::nullopt"}
 
 
@@ -46,6 +55,21 @@ def apply(source, mutant):
     for start, end, replacement in reversed(mutant.edits):
         source = source[:start] + replacement + source[end:]
     return source
+
+
+def with_guards(source, numbered):
+    """The source with the guards of some mutants, (number, mutant), in it. A line directive in front of
+    each lets the compiler's complaints name it."""
+    openers, closers = collections.defaultdict(str), collections.defaultdict(str)
+    for number, mutant in sorted(numbered, key=lambda item: (item[1].guard[0], -item[1].guard[1])):
+        start, end, before, after = mutant.guard
+        openers[start] += f'\n#line {number}000 "guard"\n' + before.replace("NUMBER", str(number))
+        closers[end] = after + closers[end]
+    pieces, done = [], 0
+    for place in sorted({*openers, *closers}):
+        pieces += [source[done:place], closers[place], openers[place]]
+        done = place
+    return "".join(pieces) + source[done:]
 
 
 def mutants_of(source):
@@ -74,7 +98,7 @@ class _Finder:
             elif token.kind == "text":
                 self._text(at, token)
             elif token.text in ("true", "false"):
-                self._replace("constant", token, "false" if token.text == "true" else "true")
+                self._replace_value("constant", token, "false" if token.text == "true" else "true")
             elif token.kind == "operator":
                 self._operator(at, token)
         self._declarations(0, len(self.tokens))
@@ -94,11 +118,18 @@ class _Finder:
         """The source from token `first` up to, not including, token `last`."""
         return self.source[self.tokens[first].start:self.tokens[last - 1].end]
 
-    def _add(self, kind, *edits):
-        self.found.append(Mutant(kind, tuple(edits)))
+    def _add(self, kind, *edits, guard=None):
+        self.found.append(Mutant(kind, tuple(edits), guard))
 
-    def _replace(self, kind, token, text):
-        self._add(kind, (token.start, token.end, text))
+    def _replace(self, kind, token, text, guard=None):
+        self._add(kind, (token.start, token.end, text), guard=guard)
+
+    def _replace_value(self, kind, token, text):
+        self._replace(kind, token, text, (token.start, token.end, f"({ACTIVE} ? {text} : ", ")"))
+
+    def _replace_truth(self, kind, start, end, value):
+        before = f"({ACTIVE} || (" if value == "true" else f"(!{ACTIVE} && ("
+        self._add(kind, (start, end, value), guard=(start, end, before, "))"))
 
     # Constants and texts.
 
@@ -107,12 +138,12 @@ class _Finder:
         if re.search(r"\.|^[0-9]+e", digits):
             value = float(digits)
             for other in (value * 2, value / 2) if value else (1.0,):
-                self._replace("constant", token, repr(other))
+                self._replace_value("constant", token, repr(other))
             return
         value = int(digits.replace("'", ""), 16 if digits.lower().startswith("0x") else 10)
         for other in (value + 1, value - 1) if value else (1,):
-            self._replace("constant", token,
-                          (hex(other) if digits.lower().startswith("0x") else str(other)) + suffix)
+            self._replace_value("constant", token,
+                                (hex(other) if digits.lower().startswith("0x") else str(other)) + suffix)
 
     def _character(self, token):
         code = {r"\t": 9, r"\n": 10, r"\v": 11, r"\f": 12, r"\r": 13, r"\0": 0, r"\'": 39, r"\\": 92,
@@ -120,7 +151,7 @@ class _Finder:
         code = ord(token.text[1:-1]) if code is None else code
         for other in (code + 1, code - 1):
             if other >= 0:
-                self._replace("constant", token, r"'\x%02x'" % other)
+                self._replace_value("constant", token, r"'\x%02x'" % other)
 
     def _text(self, at, token):
         if at and self.tokens[at - 1].text in ("extern", "static_assert"):
@@ -129,13 +160,16 @@ class _Finder:
         body = token.text[len(begin):-len(end)]
         pieces = re.findall(r"\\(?:u[0-9a-fA-F]{4}|x[0-9a-fA-F]+|.)|.", body, re.DOTALL) \
             if begin == '"' else list(body)
+        # Pieces of one text must stay next to each other.
+        is_piece = "text" in (self.tokens[at - 1].kind, self.tokens[at + 1].kind)
+        replace = self._replace if is_piece else self._replace_value
         if not pieces:
-            self._replace("text", token, begin + "x" + end)
+            replace("text", token, begin + "x" + end)
             return
         # A text without letters is a set of characters: each one matters by itself.
         is_set = len(pieces) > 2 and not re.search(r"[A-Za-z0-9 ]", re.sub(r"\\.", "", body))
         for drop in range(len(pieces)) if is_set else {0, len(pieces) - 1}:
-            self._replace("text", token, begin + "".join(pieces[:drop] + pieces[drop + 1:]) + end)
+            replace("text", token, begin + "".join(pieces[:drop] + pieces[drop + 1:]) + end)
 
     # Operators.
 
@@ -145,9 +179,13 @@ class _Finder:
             self._operand(at, -1)
             self._operand(at, 1)
         if token.text in BINARY and before.isspace() and after.isspace():
+            tag = SWITCHED.get(token.text)
+            guard = (token.start, token.end, f"{token.text} zarn_mutation::{tag}{{NUMBER}} ", "")
             for other in BINARY[token.text]:
-                self._replace("operator", token, other)
-        elif token.text in ("!", "~") or (token.text == "-" and not after.isspace()):
+                self._replace("operator", token, other, guard if tag else None)
+        elif token.text == "!":
+            self._replace("operator", token, "", (token.start, token.end, f"{ACTIVE} != ", ""))
+        elif token.text == "~" or (token.text == "-" and not after.isspace()):
             self._replace("operator", token, "")
         elif token.text in ("++", "--"):
             self._replace("operator", token, "--" if token.text == "++" else "++")
@@ -169,14 +207,12 @@ class _Finder:
         ends = {"&&", "||", "?", ":", ",", ";", "=", "return"}
         first, last = sorted((at + step, self._extent(at, step, ends)))
         neutral = "true" if self.tokens[at].text == "&&" else "false"
-        self._add("operand", (self.tokens[first].start, self.tokens[last].end, neutral))
+        self._replace_truth("operand", self.tokens[first].start, self.tokens[last].end, neutral)
 
     def _choice(self, at):
-        colon = self._extent(at, 1, {":"}) + 1
-        end = self._extent(colon, 1, {",", ";"}) + 1
-        yes, no = self._text_between(at + 1, colon), self._text_between(colon + 1, end)
-        self._add("choice", (self.tokens[at + 1].start, self.tokens[colon - 1].end, no))
-        self._add("choice", (self.tokens[colon + 1].start, self.tokens[end - 1].end, yes))
+        first = self._extent(at, -1, {"=", "+=", ",", ";", "return", "?", ":"})
+        for value in ("false", "true"):
+            self._replace_truth("choice", self.tokens[first].start, self.tokens[at - 1].end, value)
 
     # Statements.
 
@@ -255,7 +291,8 @@ class _Finder:
             if first == last:
                 self._add("condition", (self.tokens[end].start, self.tokens[end].start, "; " + value))
             else:
-                self._add("condition", (self.tokens[first].start, self.tokens[last - 1].end, value))
+                self._replace_truth(
+                    "condition", self.tokens[first].start, self.tokens[last - 1].end, value)
 
     def _simple(self, at, is_whole_body):
         end = self._extent(at, 1, {";"}) + 1
@@ -263,11 +300,16 @@ class _Finder:
         first = self.tokens[at]
         if first.text in ("using", "static_assert", ";"):
             return end + 1, False
+        place = (first.start, self.tokens[end].end)
         if not is_whole_body:
-            self._add("statement", (first.start, self.tokens[end].end, ";"))
+            declares = first.text in DECLARING or re.match(r"[\w:]+(<.*>)?[&*]* [\w\[]",
+                                                           self._text_between(at, end), re.DOTALL)
+            self._add("statement", (*place, ";"),
+                      guard=None if declares else (*place, f"{{ if (!{ACTIVE}) {{ ", " } }"))
         if first.text == "return" and end > at + 1 \
                 and self._text_between(at + 1, end) not in EMPTY_RESULTS:
-            self._add("result", (self.tokens[at + 1].start, self.tokens[end - 1].end, "{}"))
+            self._add("result", (self.tokens[at + 1].start, self.tokens[end - 1].end, "{}"),
+                      guard=(*place, f"{{ if ({ACTIVE}) return {{}}; ", " }"))
         return end + 1, first.text not in ("return", "break", "continue")
 
     def _bodies_in(self, at, end):
@@ -280,6 +322,12 @@ class _Finder:
 
     def _swap(self, one, other):
         if any("(" not in [token.text for token in self.tokens[first:end]] for first, end, _ in (one, other)):
+            return
+        # Independent by construction: the same is done to one object after another.
+        (receiver, method), (other_receiver, other_method) = (
+            re.match(r"([\w.&]*?)(?:(?:\.|->)(\w+))?\(|", self._text_between(first, end)).groups("")
+            for first, end, _ in (one, other))
+        if method and method == other_method and receiver != other_receiver:
             return
         places = [(self.tokens[first].start, self.tokens[end - 1].end) for first, end, _ in (one, other)]
         texts = [self.source[start:end] for start, end in places]

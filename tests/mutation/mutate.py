@@ -29,6 +29,7 @@ import threading
 import mutants
 
 FOLDERS = ("app", "api", "log", "profiles", "update", "base")
+HERE = pathlib.Path(__file__).parent
 SLOW_TEST_MS = 100
 # A function without its return statement does not compile; undefined behaviour ends the program.
 TESTED = ("-O0", "-Werror=return-type", "-D_GLIBCXX_ASSERTIONS", "-fno-sanitize-recover=all",
@@ -61,7 +62,7 @@ def parsed_options():
     parser.add_argument("--threshold", type=float, default=98, metavar="PERCENT", help="default: 98")
     parser.add_argument("--jobs", type=int, default=1, help="mutants at a time (default: 1)")
     parser.add_argument("--build", default="build/core", help="default: build/core")
-    parser.add_argument("--root", type=pathlib.Path, default=pathlib.Path(__file__).parents[2],
+    parser.add_argument("--root", type=pathlib.Path, default=HERE.parents[1],
                         help=argparse.SUPPRESS)
     parser.add_argument("places", nargs="*", metavar="FOLDER or FILE")
     return parser.parse_args()
@@ -214,7 +215,9 @@ class Run:
         compiler = Compiler(self.root, self.build, self.scratch / source.replace("/", "."), source, text)
         every = mutants.mutants_of(text)
         counts = collections.Counter()
-        done = pool.map(lambda item: (item[1], self._outcome(compiler, text, *item)), enumerate(every))
+        shared = SharedPrograms(self, compiler, text, every)
+        done = pool.map(lambda item: (item[1], self._outcome(compiler, shared, text, *item)),
+                        enumerate(every, 1))
         for at, (mutant, outcome) in enumerate(done):
             counts[outcome] += 1
             change = changed_lines(text, mutants.apply(text, mutant))
@@ -230,7 +233,10 @@ class Run:
         self.counts[source.split("/")[0]] += counts
         compiler.clean()
 
-    def _outcome(self, compiler, text, number, mutant):
+    def _outcome(self, compiler, shared, text, number, mutant):
+        if shared.kill(number):
+            return "killed"
+        # What survived there is seen once more in a program of its own.
         changed = mutants.apply(text, mutant)
         folder = compiler.folder / str(number)
         folder.mkdir()
@@ -238,7 +244,9 @@ class Run:
             built = compiler.compile(changed, folder)
             if not built:
                 return "uncompiled"
-            if not all(self._passes(target, built, folder) for target in compiler.programs):
+            programs = {target: self.link(target, built, folder) for target in compiler.programs}
+            if not all(program and self.passes(target, program, folder)
+                       for target, program in programs.items()):
                 return "killed"
             if self.listed.has(compiler.source, changed_lines(text, changed)) \
                     or compiler.is_same_code(text, changed, folder):
@@ -247,20 +255,23 @@ class Run:
         finally:
             shutil.rmtree(folder)
 
-    def _passes(self, target, built, folder):
+    def link(self, target, built, folder):
+        """The test program with an object in place of the original, or None."""
         program = folder / target
         link = list(self.links[target])
         link[link.index("-o") + 1] = program
         # In front: the original stays in its archive, and inline functions are the mutant's.
         link.insert(1, built)
-        if subprocess.run(link, cwd=self.build.folder, capture_output=True).returncode:
-            return False
+        failed = subprocess.run(link, cwd=self.build.folder, capture_output=True).returncode
+        return None if failed else program
+
+    def passes(self, target, program, folder, active=""):
         slow = ":".join(self.slow[target])
         filters = [[f"--gtest_filter=-{slow}"], [f"--gtest_filter={slow}"]] if slow else [[]]
         return all(self._execute(program, ["--gtest_fail_fast", "--gtest_brief=1", *chosen],
-                                 self.limits[target], folder)[0] == 0 for chosen in filters)
+                                 self.limits[target], folder, active)[0] == 0 for chosen in filters)
 
-    def _execute(self, program, arguments, seconds, folder):
+    def _execute(self, program, arguments, seconds, folder, active=""):
         """Exit status and output; limited in processor time, which a busy machine does not stretch."""
         def limit():
             resource.setrlimit(resource.RLIMIT_CPU, (seconds, seconds))
@@ -268,7 +279,8 @@ class Run:
             resource.setrlimit(resource.RLIMIT_CORE, (0, 0))
         with subprocess.Popen([program, *arguments], cwd=folder, preexec_fn=limit, start_new_session=True,
                               stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
-                              env={**os.environ, "HOME": str(folder), "TMPDIR": str(folder)}) as process:
+                              env={**os.environ, "HOME": str(folder), "TMPDIR": str(folder),
+                                   "ZARN_MUTANT": str(active)}) as process:
             stop = threading.Timer(20 * seconds, lambda: os.killpg(process.pid, signal.SIGKILL))
             stop.start()
             try:
@@ -306,11 +318,12 @@ class Compiler:
     def _call(self, *arguments):
         return subprocess.run(["clang++", *self.options, *arguments], cwd=self.root, capture_output=True)
 
-    def compile(self, text, folder):
+    def compile(self, text, folder, *options):
         """The object file, or None when the text does not compile."""
         (folder / "mutant.cpp").write_text(text)
         done = self._call(*TESTED, "-include-pch", self.folder / "preamble.pch", "-fpch-instantiate-templates",
-                          "-c", folder / "mutant.cpp", "-o", folder / "mutant.o")
+                          *options, "-c", folder / "mutant.cpp", "-o", folder / "mutant.o")
+        self.complaints = done.stderr.decode(errors="replace")
         return None if done.returncode else folder / "mutant.o"
 
     def is_same_code(self, text, changed, folder):
@@ -323,6 +336,41 @@ class Compiler:
 
     def clean(self):
         shutil.rmtree(self.folder)
+
+
+class SharedPrograms:
+    """The test programs with all those mutants in them that can be switched on while they run. A mutant
+    whose guard does not compile, in a constant expression for example, gets a program of its own."""
+
+    def __init__(self, run, compiler, text, every):
+        self.run, self.folder = run, compiler.folder / "shared"
+        self.folder.mkdir()
+        self.programs = {}
+        numbered = {number: mutant for number, mutant in enumerate(every, 1) if mutant.guard}
+        built = None
+        while numbered and not built:
+            built = compiler.compile(mutants.with_guards(text, numbered.items()), self.folder,
+                                     "-include", HERE / "active_mutant.h", "-ferror-limit=0", "-w",
+                                     "-Wno-c++11-narrowing", "-fno-caret-diagnostics")
+            refused = {int(number) for number in re.findall(r"guard:(\d+)\d{3}:", compiler.complaints)}
+            if not built and not refused & set(numbered):
+                break
+            numbered = {number: mutant for number, mutant in numbered.items() if number not in refused}
+        self.numbers = set()
+        if built:
+            self.programs = {target: run.link(target, built, self.folder) for target in compiler.programs}
+            if all(run.passes(target, program, self.folder) for target, program in self.programs.items()):
+                self.numbers = set(numbered)
+
+    def kill(self, number):
+        if number not in self.numbers:
+            return False
+        folder = self.folder / str(number)
+        folder.mkdir()
+        killed = not all(self.run.passes(target, program, folder, number)
+                         for target, program in self.programs.items())
+        shutil.rmtree(folder)
+        return killed
 
 
 def changed_lines(text, changed):
