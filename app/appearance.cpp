@@ -21,21 +21,18 @@ constexpr const char* warning
     = "\nWarning: Failure to test shortcuts thoroughly on non production devices could result in "
       "data loss.\n";
 
-/// One paragraph, the first occurrence of `linked` in it a link. Without it the paragraph is plain.
-void append(AttributedText& notice, const std::string& paragraph, const Font& font, TextColor color,
-    const std::string& linked = "", const std::string& address = "")
+/// A paragraph that has `linked` in it; its first occurrence is the link. Plain when it is empty.
+void appendWithLink(AttributedText& notice, const std::string& paragraph, TextColor color,
+    const std::string& linked, const std::string& address)
 {
-    const auto at = linked.empty() ? std::string::npos : paragraph.find(linked);
-    if (at == std::string::npos) {
-        notice.push_back({paragraph, font, color, std::nullopt});
+    if (linked.empty()) {
+        notice.push_back({paragraph, systemFont, color, std::nullopt});
         return;
     }
-    const auto end = at + linked.size();
-    if (at > 0)
-        notice.push_back({paragraph.substr(0, at), font, color, std::nullopt});
-    notice.push_back({linked, font, color, address});
-    if (end < paragraph.size())
-        notice.push_back({paragraph.substr(end), font, color, std::nullopt});
+    const auto at = paragraph.find(linked);
+    notice.push_back({paragraph.substr(0, at), systemFont, color, std::nullopt});
+    notice.push_back({linked, systemFont, color, address});
+    notice.push_back({paragraph.substr(at + linked.size()), systemFont, color, std::nullopt});
 }
 
 } // namespace
@@ -66,14 +63,15 @@ AttributedText Appearance::noticeText()
 {
     const auto color = noticeTextColor();
     AttributedText notice;
-    append(notice, disclaimer, systemFont, color);
-    append(notice, "\nPlease navigate to " + m_texts.feedbackAddress + " and submit feedback\n",
-        systemFont, color, m_texts.feedbackAddress, "https://" + m_texts.feedbackAddress);
-    append(notice, warning, italicFont, color);
-    append(notice,
+    notice.push_back({disclaimer, systemFont, color, std::nullopt});
+    appendWithLink(notice,
+        "\nPlease navigate to " + m_texts.feedbackAddress + " and submit feedback\n", color,
+        m_texts.feedbackAddress, "https://" + m_texts.feedbackAddress);
+    notice.push_back({warning, italicFont, color, std::nullopt});
+    appendWithLink(notice,
         "    \nThis software is licensed under the terms of the " + m_texts.agreementTitle
             + ".\n\nCopyright \u00a9 2024 " + m_texts.publisherName + ".",
-        systemFont, color, m_texts.agreementTitle, m_texts.agreementUrl);
+        color, m_texts.agreementTitle, m_texts.agreementUrl);
     return notice;
 }
 

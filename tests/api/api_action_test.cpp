@@ -164,7 +164,7 @@ using ApiActionDeathTest = ApiActionTest;
 TEST_F(ApiActionDeathTest, AMalformedUrlStopsTheProcess)
 {
     EXPECT_DEATH(action({"https://zarn example", "computers", "", {}, "", "get"}),
-        "fatal: an API call with a malformed URL");
+        "fatal: an API call with a malformed URL\n");
 }
 
 // --- Edge cases

@@ -45,13 +45,14 @@ TEST(BundleTextsDeathTest, AMissingTextStopsTheProcess)
     memory::MemoryBundle bundle;
     const BundleTexts texts(bundle);
     (*bundle.info)["CFBundleVersion"] = 57;
-    EXPECT_DEATH(texts.buildVersion(), "the information dictionary has no CFBundleVersion");
+    EXPECT_DEATH(
+        texts.buildVersion(), "fatal: the information dictionary has no CFBundleVersion\n");
     bundle.info->erase("CFBundleExecutable");
     EXPECT_DEATH(static_cast<void>(texts.userAgentText()),
-        "the information dictionary has no CFBundleExecutable");
+        "fatal: the information dictionary has no CFBundleExecutable\n");
     bundle.info.reset();
-    EXPECT_DEATH(
-        texts.appVersion(), "the information dictionary has no CFBundleShortVersionString");
+    EXPECT_DEATH(texts.appVersion(),
+        "fatal: the information dictionary has no CFBundleShortVersionString\n");
 }
 
 } // namespace

@@ -144,7 +144,7 @@ TEST_F(AboutDeathTest, EveryMissingOutletStopsTheProcessAndIsNamed)
         about.controller = app().makeViewController("AboutVC");
         about.controller->setView(&about.view);
         about.controller->connectOutlets(about.outlets);
-        EXPECT_DEATH(about.controller->viewDidLoad(), "missing outlet " + name);
+        EXPECT_DEATH(about.controller->viewDidLoad(), "fatal: missing outlet " + name + "\n");
     }
 }
 

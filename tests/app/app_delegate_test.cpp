@@ -141,26 +141,29 @@ TEST_F(AppDelegateTest, TheLogFolderIsOpenedEvenWhenItIsEmpty)
 
 TEST_F(AppDelegateDeathTest, AMissingVersionStopsTheProcess)
 {
+    constexpr auto noVersion
+        = "fatal: the information dictionary has no CFBundleShortVersionString\n";
     platform.bundle.info->erase("CFBundleShortVersionString");
-    EXPECT_DEATH(menu("checkForUpdates"), "CFBundleShortVersionString");
+    EXPECT_DEATH(menu("checkForUpdates"), noVersion);
     platform.bundle.info = Value::Dictionary{{"CFBundleShortVersionString", 14}};
-    EXPECT_DEATH(menu("checkForUpdates"), "CFBundleShortVersionString");
+    EXPECT_DEATH(menu("checkForUpdates"), noVersion);
     platform.bundle.info.reset();
-    EXPECT_DEATH(menu("checkForUpdates"), "CFBundleShortVersionString");
+    EXPECT_DEATH(menu("checkForUpdates"), noVersion);
 }
 
 TEST_F(AppDelegateDeathTest, AMissingStoryboardOrControllerStopsTheProcess)
 {
+    constexpr auto noPanel = "fatal: storyboard \"Main\" has no window controller \"aboutWC\"\n";
     platform.storyboards.main.unknownIdentifiers = {"aboutWC"};
-    EXPECT_DEATH(menu("showAbout"), "aboutWC");
+    EXPECT_DEATH(menu("showAbout"), noPanel);
     platform.storyboards.withoutMain = true;
-    EXPECT_DEATH(menu("showAbout"), "aboutWC");
+    EXPECT_DEATH(menu("showAbout"), noPanel);
 }
 
 TEST_F(AppDelegateDeathTest, AMissingWindowListStopsTheProcess)
 {
     platform.windowList.records.reset();
-    EXPECT_DEATH(menu("showAbout"), "the window server has no list of windows");
+    EXPECT_DEATH(menu("showAbout"), "fatal: the window server has no list of windows\n");
 }
 
 // --- Edge cases

@@ -135,7 +135,7 @@ TEST_F(TermsDeathTest, AMissingIconOrTextViewStopsTheProcessAndIsNamed)
 {
     for (const std::string name : {"icon_ImageView", "termsOfUse_TextView"}) {
         terms.outlets.missing = {name};
-        EXPECT_DEATH(loadTerms(), "missing outlet " + name);
+        EXPECT_DEATH(loadTerms(), "fatal: missing outlet " + name + "\n");
     }
 }
 
@@ -143,7 +143,7 @@ TEST_F(TermsDeathTest, AppearingWithoutAWindowStopsTheProcess)
 {
     loadTerms();
     terms.view.shownIn = nullptr;
-    EXPECT_DEATH(terms.controller->viewWillAppear(), "the terms of use have no window");
+    EXPECT_DEATH(terms.controller->viewWillAppear(), "fatal: the terms of use have no window\n");
 }
 
 // --- Edge cases

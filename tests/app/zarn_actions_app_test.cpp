@@ -190,7 +190,7 @@ TEST_F(WholeAppTest, NothingIsOpenedOrWrittenBeforeTheLoopRuns)
 TEST_F(WholeAppDeathTest, WithoutTheStoryboardTheProcessStops)
 {
     platform.storyboards.withoutMain = true;
-    EXPECT_DEATH(app().run(), "the bundle has no storyboard \"Main\"");
+    EXPECT_DEATH(app().run(), "fatal: the bundle has no storyboard \"Main\"\n");
 }
 
 } // namespace

@@ -359,7 +359,7 @@ TEST_F(LoginStartDeathTest, EveryMissingOutletThatStartUpUsesStopsTheProcessAndI
              "zarnProServer_textfield", "zarnProUsername_textfield", "zarnProPassword_textfield",
              "username_label", "password_label", "saveCreds_button"}) {
         window.outlets.missing = {name};
-        EXPECT_DEATH(load(), "missing outlet " + name);
+        EXPECT_DEATH(load(), "fatal: missing outlet " + name + "\n");
     }
 }
 
@@ -371,10 +371,12 @@ TEST_F(LoginStartDeathTest, AnOutletIsMissedOnlyWhenItIsUsed)
         "selectedServer_ButtonCell", "displayName_Label"};
     load();
     EXPECT_EQ(selectedTitle(), "A");
-    EXPECT_DEATH(login->performAction("updateServerInfo_Action", nullptr), "missing outlet");
+    EXPECT_DEATH(login->performAction("updateServerInfo_Action", nullptr),
+        "fatal: missing outlet updateServerInfo_Button\n");
     EXPECT_DEATH(login->performAction("selectServer_Action", nullptr),
-        "missing outlet selectedServer_ButtonCell");
-    EXPECT_DEATH(login->performAction("quit_Action", nullptr), "missing outlet quit_Button");
+        "fatal: missing outlet selectedServer_ButtonCell\n");
+    EXPECT_DEATH(
+        login->performAction("quit_Action", nullptr), "fatal: missing outlet quit_Button\n");
 }
 
 // --- Leaving add mode
@@ -528,7 +530,7 @@ TEST_F(LeaveAddModeDeathTest, CancelWithoutAnyProfileLeftStopsTheProcess)
     loadWithCurrent("A");
     chooseWithOption("A");
     choose("Add Server...");
-    EXPECT_DEATH(click("quit_Button"), "no profile to return to");
+    EXPECT_DEATH(click("quit_Button"), "fatal: no profile to return to\n");
 }
 
 TEST_F(LeaveAddModeDeathTest, CancelAtAProfileWithoutAUrlStopsTheProcess)
@@ -538,7 +540,7 @@ TEST_F(LeaveAddModeDeathTest, CancelAtAProfileWithoutAUrlStopsTheProcess)
     (*(*shared().values.at("serversDict").dictionary())["B"].dictionary()).erase("server");
     loadWithCurrent("A");
     choose("Add Server...");
-    EXPECT_DEATH(click("quit_Button"), "a profile without a server URL");
+    EXPECT_DEATH(click("quit_Button"), "fatal: a profile without a server URL\n");
 }
 
 } // namespace

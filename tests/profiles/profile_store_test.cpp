@@ -34,10 +34,10 @@ TEST_F(ProfileStoreDeathTest, ASuiteThatCannotBeOpenedStopsTheProcess)
 {
     platform.settings.broken = {"group.R3V8N1P6WB.zarnie.SharedZPMA"};
     EXPECT_DEATH(domains.sharedProfileDefaults(),
-        "settings suite group.R3V8N1P6WB.zarnie.SharedZPMA cannot be opened");
+        "fatal: settings suite group.R3V8N1P6WB.zarnie.SharedZPMA cannot be opened\n");
     platform.settings.broken = {"group.Q7X2M9K4TA.zarnactions"};
-    EXPECT_DEATH(
-        domains.actionsDefaults(), "settings suite group.Q7X2M9K4TA.zarnactions cannot be opened");
+    EXPECT_DEATH(domains.actionsDefaults(),
+        "fatal: settings suite group.Q7X2M9K4TA.zarnactions cannot be opened\n");
 }
 
 TEST_F(ProfileStoreTest, AnAbsentMapIsReplacedByAnEmptyOne)
@@ -152,14 +152,14 @@ TEST_F(ProfileStoreDeathTest, ALaterRecordWithoutADateStopsTheProcess)
 {
     const ProfileMap undated{
         {"a", profileRecord("https://a", 5)}, {"b", Value::Dictionary{{"server", "https://b"}}}};
-    EXPECT_DEATH(store.pickMostRecentProfile(undated), "a profile without a date");
+    EXPECT_DEATH(store.pickMostRecentProfile(undated), "fatal: a profile without a date\n");
 }
 
 TEST_F(ProfileStoreDeathTest, ALaterRecordWhoseDateIsNoneStopsTheProcess)
 {
     const ProfileMap misdated{{"a", profileRecord("https://a", 5)},
         {"b", Value::Dictionary{{"server", "https://b"}, {"date", "today"}}}};
-    EXPECT_DEATH(store.pickMostRecentProfile(misdated), "a profile whose date is no date");
+    EXPECT_DEATH(store.pickMostRecentProfile(misdated), "fatal: a profile whose date is no date\n");
 }
 
 TEST_F(ProfileStoreTest, AnAddedProfileReplacesTheOldOneWholeAndTheMapIsWritten)
@@ -267,7 +267,7 @@ TEST_F(StoredProfilesEdgeCasesDeathTest, ANameTrimmedAwayDuringAnAddStaysInTheMe
     addServer("new 1", "https://new1");
     addServer("new 2", "https://new2");
     EXPECT_TRUE(menuHas("server 1000"));
-    EXPECT_DEATH(choose("server 1000"), "a menu title without a stored profile");
+    EXPECT_DEATH(choose("server 1000"), "fatal: a menu title without a stored profile\n");
     load();
     EXPECT_FALSE(menuHas("server 1000"));
 }
@@ -453,7 +453,7 @@ TEST_F(TrimProfilesDeathTest, ADateThatIsNoneStopsTheProcessWhenAPassReachesIt)
 {
     auto profiles = datedProfiles(40);
     profiles["1030"] = Value::Dictionary{{"server", "https://s"}, {"date", "May"}};
-    EXPECT_DEATH(store.trimProfiles(profiles), "a profile whose date is no date");
+    EXPECT_DEATH(store.trimProfiles(profiles), "fatal: a profile whose date is no date\n");
     // Thirty-nine records are never walked, and a pass stops at the first undated record.
     profiles.erase("1000");
     store.trimProfiles(profiles);
@@ -463,11 +463,11 @@ TEST_F(TrimProfilesDeathTest, ADateThatIsNoneStopsTheProcessWhenAPassReachesIt)
     EXPECT_TRUE(profiles.contains("1030"));
     // Reached before the undated record, or after all undated ones are gone.
     profiles["1031x"] = Value::Dictionary{};
-    EXPECT_DEATH(store.trimProfiles(profiles), "a profile whose date is no date");
+    EXPECT_DEATH(store.trimProfiles(profiles), "fatal: a profile whose date is no date\n");
     profiles.erase("1031x");
     profiles["1"] = Value::Dictionary{};
     profiles["1040"] = profileRecord("https://s", 4);
-    EXPECT_DEATH(store.trimProfiles(profiles), "a profile whose date is no date");
+    EXPECT_DEATH(store.trimProfiles(profiles), "fatal: a profile whose date is no date\n");
 }
 
 TEST_F(TrimProfilesTest, OneWalkRemovesWhatPassAfterPassWould)

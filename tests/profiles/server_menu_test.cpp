@@ -203,7 +203,7 @@ TEST_F(ServerMenuTest, NamesAreComparedWithoutTheirCaseFirst)
 TEST_F(ServerMenuDeathTest, ATitleWithoutAProfileStopsTheProcess)
 {
     window.outlets.popUp.addItem("ghost");
-    EXPECT_DEATH(choose("ghost"), "a menu title without a stored profile");
+    EXPECT_DEATH(choose("ghost"), "fatal: a menu title without a stored profile\n");
 }
 
 TEST_F(ServerMenuDeathTest, AProfileWithoutATextForItsUrlStopsTheProcess)
@@ -211,7 +211,7 @@ TEST_F(ServerMenuDeathTest, AProfileWithoutATextForItsUrlStopsTheProcess)
     shared().values["serversDict"]
         = Value::Dictionary{{"A", Value::Dictionary{{"date", Date{1}}, {"server", 3}}}};
     load();
-    EXPECT_DEATH(choose("A"), "a menu title without a stored profile");
+    EXPECT_DEATH(choose("A"), "fatal: a menu title without a stored profile\n");
 }
 
 TEST_F(ServerMenuTest, OptionChoosingATitleWithoutAProfileRemovesNothing)

@@ -130,16 +130,18 @@ TEST_F(VersionCheckDeathTest, AMalformedVersionOfItsOwnStopsTheProcess)
     for (const char* version : {"1.2", "", "1", "1.2.", "1.2.b", "x.2.3", "1.x.3", "1.2.x",
              "1.2.3bx", "1.2.99999999999999999999", "1.2.3 ", "+-1.2.3", "1.++2.3", "1.2.+"}) {
         (*bundle.info)["CFBundleShortVersionString"] = version;
-        EXPECT_DEATH(check(), "fatal: malformed application version") << version;
+        EXPECT_DEATH(check(),
+            testing::Eq("zarn-actions: fatal: malformed application version " + std::string(version)
+                + "\n"));
     }
 }
 
 TEST_F(VersionCheckDeathTest, AMissingVersionOrMalformedPageStopsTheProcess)
 {
     pageUrl = "https://zarn actions";
-    EXPECT_DEATH(check(), "fatal: malformed update-check page address");
+    EXPECT_DEATH(check(), "fatal: malformed update-check page address\n");
     bundle.info.reset();
-    EXPECT_DEATH(check(), "fatal: the information dictionary has no CFBundleShortVersionString");
+    EXPECT_DEATH(check(), "fatal: the information dictionary has no CFBundleShortVersionString\n");
 }
 
 // --- Edge cases
@@ -175,7 +177,7 @@ using UpdateCheckEdgeCasesDeathTest = UpdateCheckEdgeCases;
 TEST_F(UpdateCheckEdgeCasesDeathTest, AVersionOfTwoPiecesOfItsOwnStopsTheApplication)
 {
     (*bundle.info)["CFBundleShortVersionString"] = "1.2";
-    EXPECT_DEATH(check(), "fatal: malformed application version 1.2");
+    EXPECT_DEATH(check(), "fatal: malformed application version 1.2\n");
 }
 
 } // namespace
