@@ -30,10 +30,10 @@ class AlertRunner {
 public:
     virtual ~AlertRunner() = default;
 
-    /// Blocks until a button is pressed and returns 1000 for the first, 1001 for the second. Esc
-    /// and closing the window press the button titled "Cancel", else the first. The texts are
-    /// plain, can be selected and copied. The Return key presses the first button unless another
-    /// claims it.
+    /// Blocks until a button is pressed and returns 1000 for the first, 1001 for the second. Esc,
+    /// closing the window and the end of the program press the button titled "Cancel" or "Ignore",
+    /// else the first, so that nothing is done that nobody asked for. The texts are plain, can be
+    /// selected and copied. The Return key presses the first button unless another claims it.
     virtual int runModal(const Alert& alert) = 0;
 };
 

@@ -70,6 +70,8 @@ int MemoryAlertRunner::runModal(const Alert& alert)
     m_open.push_back({alert, std::nullopt});
     if (whileOpen)
         whileOpen();
+    if (m_isEnding())
+        leave();
     const auto response = m_open.back().response;
     m_open.pop_back();
     if (response)
@@ -107,7 +109,7 @@ bool MemoryAlertRunner::pressKey(std::string_view key)
 
 void MemoryAlertRunner::leave()
 {
-    if (!press("Cancel"))
+    if (!press("Cancel") && !press("Ignore"))
         respond(0);
 }
 

@@ -99,8 +99,11 @@ private:
 /// the first button. Records "alert <header>|<message>".
 class MemoryAlertRunner final : public AlertRunner {
 public:
-    explicit MemoryAlertRunner(std::vector<std::string>& events)
-        : m_events(events)
+    /// `isEnding`: the application was terminated, which ends an open alert.
+    explicit MemoryAlertRunner(
+        std::vector<std::string>& events, std::function<bool()> isEnding = [] { return false; })
+        : m_isEnding(std::move(isEnding))
+        , m_events(events)
     {
     }
     int runModal(const Alert& alert) override;
@@ -126,6 +129,7 @@ private:
 
     // An alert may open another.
     std::vector<Open> m_open;
+    std::function<bool()> m_isEnding;
     std::vector<std::string>& m_events;
 };
 

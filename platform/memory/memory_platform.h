@@ -29,7 +29,7 @@ struct MemoryPlatform {
     MemoryPlatform& operator=(const MemoryPlatform&) = delete;
 
     std::vector<std::string> events;
-    MemoryAlertRunner alertRunner{events};
+    MemoryAlertRunner alertRunner{events, [this] { return application.isEnding(); }};
     MemoryApplication application{events,
         {[this] {
              auto& main = storyboards.main;

@@ -86,7 +86,7 @@ TEST_F(AlertContract, TextsAndTitlesArePlainAndNeverMarkup)
     EXPECT_EQ(buttons, (Texts{"&OK", "<i>No</i>"}));
 }
 
-TEST_F(AlertContract, EscapePressesCancelWhereverItStandsAndElseTheFirstButton)
+TEST_F(AlertContract, EscapeAndClosingPressCancelOrIgnoreWhereverItStandsAndElseTheFirstButton)
 {
     const struct {
         std::vector<AlertButton> buttons;
@@ -94,8 +94,11 @@ TEST_F(AlertContract, EscapePressesCancelWhereverItStandsAndElseTheFirstButton)
     } rows[] = {
         {{{"Remove", ""}, {"Cancel", ""}}, 1001},
         {{{"Cancel", ""}, {"Remove", ""}}, 1000},
+        {{{"View", ""}, {"Ignore", ""}}, 1001},
+        {{{"Ignore", ""}, {"View", ""}}, 1000},
         {{{"OK", ""}, {"Quit", ""}}, 1000},
         {{{"OK", ""}, {"cancel", ""}}, 1000},
+        {{{"OK", ""}, {"Ignore it", ""}}, 1000},
         {{{"OK", ""}}, 1000},
     };
     for (const auto& row : rows) {

@@ -84,9 +84,9 @@ TEST_F(ApplicationContract, TermsThatCannotBeClosedDoNotHoldUpTheEnd)
     EXPECT_TRUE(record.living.empty());
 }
 
-TEST_F(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesNothingButTheFirstButton)
+int ApplicationContract::responseAtTheEnd(std::vector<AlertButton> buttons)
 {
-    const Alert alert{"", "Remove it?", AlertStyle::Warning, {{"Keep", ""}, {"Remove", ""}}};
+    const Alert alert{"", "Remove it?", AlertStyle::Warning, std::move(buttons)};
     int response = 0;
     EXPECT_EQ(runWith({[&] {
                            fixture->alerts().whenOpen([&] { fixture->application().terminate(); });
@@ -94,8 +94,23 @@ TEST_F(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesNothingButTh
                        },
                   [&] { happens("a later event"); }}),
         0);
-    EXPECT_EQ(response, alertFirstButtonReturn);
     EXPECT_EQ(std::count(events().begin(), events().end(), "a later event"), 0);
+    return response;
+}
+
+TEST_F(ApplicationContract, AnOpenAlertDoesNotHoldUpTheEndAndPressesItsFirstButton)
+{
+    EXPECT_EQ(responseAtTheEnd({{"OK", ""}, {"Quit", ""}}), alertFirstButtonReturn);
+}
+
+TEST_F(ApplicationContract, AQuestionThatIsOpenAtTheEndIsCancelled)
+{
+    EXPECT_EQ(responseAtTheEnd({{"Remove", ""}, {"Cancel", ""}}), alertSecondButtonReturn);
+}
+
+TEST_F(ApplicationContract, AnOfferThatIsOpenAtTheEndIsIgnored)
+{
+    EXPECT_EQ(responseAtTheEnd({{"View", ""}, {"Ignore", ""}}), alertSecondButtonReturn);
 }
 
 // --- The last window

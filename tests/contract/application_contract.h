@@ -14,6 +14,8 @@ protected:
         return fixture->run(*this, std::move(steps));
     }
     void showAbout();
+    /// The response of an alert that is open when the application is terminated.
+    int responseAtTheEnd(std::vector<AlertButton> buttons);
     void happens(const std::string& event) { events().push_back(event); }
 
     void applicationDidFinishLaunching() override { happens("launched"); }

@@ -26,10 +26,11 @@ int responseOf(std::size_t button)
     return alertFirstButtonReturn + static_cast<int>(button);
 }
 
-int escapeResponse(const Alert& alert)
+int responseWithoutPress(const Alert& alert)
 {
     for (std::size_t i = 0; i < alert.buttons.size(); ++i) {
-        if (alert.buttons[i].title == "Cancel")
+        const auto& title = alert.buttons[i].title;
+        if (title == "Cancel" || title == "Ignore")
             return responseOf(i);
     }
     return alertFirstButtonReturn;
@@ -138,7 +139,7 @@ void addButtons(const Alert& alert, QDialog& dialog, QHBoxLayout& row)
 int QtAlertRunner::runModal(const Alert& alert)
 {
     if (m_isEnding())
-        return escapeResponse(alert);
+        return responseWithoutPress(alert);
     QDialog dialog(QApplication::activeWindow());
     dialog.setWindowTitle("Zarn Actions");
     dialog.setWindowModality(Qt::ApplicationModal);
@@ -167,7 +168,7 @@ int QtAlertRunner::runModal(const Alert& alert)
     column->addLayout(row);
     dialog.layout()->setSizeConstraint(QLayout::SetFixedSize);
     const int response = dialog.exec();
-    return response >= alertFirstButtonReturn ? response : escapeResponse(alert);
+    return response >= alertFirstButtonReturn ? response : responseWithoutPress(alert);
 }
 
 } // namespace zarn::linux_backend

@@ -84,7 +84,7 @@ TEST(QtAlertTest, AnAddressIsCopiedAsItIs)
     EXPECT_EQ(copied, address);
 }
 
-TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndAnswersAsEscapeWould)
+TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndRespondsAsEscapeWould)
 {
     char name[] = "contract_test";
     char* arguments[] = {name, nullptr};
@@ -93,7 +93,9 @@ TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndAnswersAsEscapeWould)
     QtAlertRunner alerts([] { return true; });
     const Alert question{"", "Remove it?", AlertStyle::Warning, {{"Remove", ""}, {"Cancel", ""}}};
     const Alert notice{"", "Done", AlertStyle::Warning, {{"OK", ""}, {"Quit", ""}}};
+    const Alert offer{"", "Newer", AlertStyle::Warning, {{"View", ""}, {"Ignore", ""}}};
     EXPECT_EQ(alerts.runModal(question), 1001);
+    EXPECT_EQ(alerts.runModal(offer), 1001);
     EXPECT_EQ(alerts.runModal(notice), 1000);
 }
 
