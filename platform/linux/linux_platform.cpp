@@ -130,7 +130,7 @@ LinuxPlatform::Adapters::WithDisplay::WithDisplay(Adapters& adapters)
         [&adapters](const std::string& address) { adapters.openLink(address); })
     , settings(
           adapters.paths.config, launchArgumentsOf(adapters.m_options.launchArguments), &portal)
-    , alertRunner([this] { return application.isEnding(); })
+    , alertRunner(application)
     , windowList([&adapters] { return adapters.ownTitles(); })
     , keychain(application.mainQueue(), moduleStore(adapters.keychainOptions()))
     , urlSessions(application.mainQueue())

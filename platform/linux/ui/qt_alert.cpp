@@ -1,12 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_alert.h"
 
+#include "platform/linux/ui/qt_application.h"
+
 #include <QApplication>
 #include <QDialog>
 #include <QHBoxLayout>
 #include <QIcon>
 #include <QKeyEvent>
 #include <QLabel>
+#include <QPointer>
 #include <QPushButton>
 #include <QScreen>
 #include <QScrollArea>
@@ -134,40 +137,48 @@ void addButtons(const Alert& alert, QDialog& dialog, QHBoxLayout& row)
     }
 }
 
-} // namespace
-
-int QtAlertRunner::runModal(const Alert& alert)
+QDialog* makeDialog(const Alert& alert, QWidget* owner)
 {
-    if (m_isEnding())
-        return responseWithoutPress(alert);
-    QDialog dialog(QApplication::activeWindow());
-    dialog.setWindowTitle("Zarn Actions");
-    dialog.setWindowModality(Qt::ApplicationModal);
-    auto* columns = new QHBoxLayout(&dialog);
+    auto* dialog = new QDialog(owner);
+    dialog->setWindowTitle("Zarn Actions");
+    dialog->setWindowModality(Qt::ApplicationModal);
+    auto* columns = new QHBoxLayout(dialog);
     columns->setContentsMargins(20, 18, 20, 16);
     columns->setSpacing(16);
-    columns->addWidget(makeIcon(&dialog), 0, Qt::AlignTop);
+    columns->addWidget(makeIcon(dialog), 0, Qt::AlignTop);
     auto* column = new QVBoxLayout;
     column->setSpacing(8);
     columns->addLayout(column, 1);
     if (!alert.messageText.empty()) {
-        auto* header = makeText(alert.messageText, &dialog);
+        auto* header = makeText(alert.messageText, dialog);
         auto font = header->font();
         font.setBold(true);
         header->setFont(font);
         column->addWidget(header);
     }
-    column->addWidget(fitted(makeText(alert.informativeText, &dialog), &dialog));
+    column->addWidget(fitted(makeText(alert.informativeText, dialog), dialog));
     column->addStretch();
-    dialog.setAccessibleName(QString::fromStdString(
+    dialog->setAccessibleName(QString::fromStdString(
         alert.messageText.empty() ? alert.informativeText : alert.messageText));
-    dialog.setAccessibleDescription(QString::fromStdString(alert.informativeText));
+    dialog->setAccessibleDescription(QString::fromStdString(alert.informativeText));
     auto* row = new QHBoxLayout;
-    addButtons(alert, dialog, *row);
+    addButtons(alert, *dialog, *row);
     column->addSpacing(6);
     column->addLayout(row);
-    dialog.layout()->setSizeConstraint(QLayout::SetFixedSize);
-    const int response = dialog.exec();
+    dialog->layout()->setSizeConstraint(QLayout::SetFixedSize);
+    return dialog;
+}
+
+} // namespace
+
+int QtAlertRunner::runModal(const Alert& alert)
+{
+    if (m_application.isEnding())
+        return responseWithoutPress(alert);
+    // Its owner destroys it if it is destroyed first.
+    const QPointer<QDialog> dialog = makeDialog(alert, m_application.windowInFront());
+    const int response = dialog->exec();
+    delete dialog;
     return response >= alertFirstButtonReturn ? response : responseWithoutPress(alert);
 }
 

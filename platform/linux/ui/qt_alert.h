@@ -3,22 +3,23 @@
 
 #include "platform/alert.h"
 
-#include <functional>
-
 namespace zarn::linux_backend {
+
+class QtApplication;
 
 /// Application-modal alerts. Main thread only.
 class QtAlertRunner final : public AlertRunner {
 public:
-    /// `isEnding`: the program is ending; no alert is shown then, it answers as Esc would.
-    explicit QtAlertRunner(std::function<bool()> isEnding)
-        : m_isEnding(std::move(isEnding))
+    /// An alert belongs to the application's window in front. None is shown while the application
+    /// is ending; it responds as Esc would.
+    explicit QtAlertRunner(const QtApplication& application)
+        : m_application(application)
     {
     }
     int runModal(const Alert& alert) override;
 
 private:
-    std::function<bool()> m_isEnding;
+    const QtApplication& m_application;
 };
 
 } // namespace zarn::linux_backend

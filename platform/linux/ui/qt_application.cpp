@@ -10,6 +10,7 @@
 #include <QMainWindow>
 #include <QMenuBar>
 #include <QPixmap>
+#include <QPointer>
 #include <QSessionManager>
 #include <QStyleFactory>
 #include <QTextBrowser>
@@ -98,6 +99,39 @@ private:
     std::function<void()> m_terminate;
 };
 
+/// Keeps windows from being closed at the wrong time. On X11 the toolkit does so itself; a Wayland
+/// compositor's wish to close a window reaches the window at once, whatever is open over it.
+class CloseRequests final : public QObject {
+public:
+    CloseRequests(QObject& application, QtMainQueue& queue)
+        : QObject(&application)
+        , m_queue(queue)
+    {
+        application.installEventFilter(this);
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        auto* window = event->type() == QEvent::Close ? qobject_cast<QWidget*>(watched) : nullptr;
+        if (!window || !window->isWindow())
+            return QObject::eventFilter(watched, event);
+        const auto* modal = QApplication::activeModalWidget();
+        const bool isBlocked = modal && modal != window;
+        if (!isBlocked && !m_queue.isWaiting())
+            return false;
+        event->ignore();
+        // The code that waits still uses its window.
+        if (!isBlocked)
+            m_queue.performAfterWaits([target = QPointer(window)] {
+                if (target)
+                    target->close();
+            });
+        return true;
+    }
+
+private:
+    QtMainQueue& m_queue;
+};
+
 /// Calls `work` once, when the program meets a first event of one of these types.
 class FirstEvent final : public QObject {
 public:
@@ -135,6 +169,7 @@ QtApplication::QtApplication(
 {
     m_mainQueue->onLongWait = [this] { m_storyboard.showLoadingWindow(); };
     new QuitRequests(*m_application, [this] { terminate(); });
+    new CloseRequests(*m_application, *m_mainQueue);
     // The end of the desktop session is an end like any other.
     QObject::connect(m_application.get(), &QGuiApplication::commitDataRequest, m_application.get(),
         [](QSessionManager& manager) { manager.setRestartHint(QSessionManager::RestartNever); });
@@ -171,6 +206,16 @@ int QtApplication::run(ApplicationDelegate& delegate)
     return result;
 }
 
+QWidget* QtApplication::windowInFront() const
+{
+    if (auto* active = QApplication::activeWindow())
+        return active;
+    if (auto* modal = QApplication::activeModalWidget())
+        return modal;
+    const auto scenes = m_storyboard.scenes();
+    return scenes.empty() ? nullptr : &scenes.front()->mainWindow();
+}
+
 void QtApplication::activateIgnoringOtherApps()
 {
     auto* window = QApplication::activeModalWidget();
@@ -181,6 +226,18 @@ void QtApplication::activateIgnoringOtherApps()
     window->setWindowState(window->windowState() & ~Qt::WindowMinimized);
     window->raise();
     window->activateWindow();
+}
+
+void QtApplication::activateForOtherStart(const std::string& token)
+{
+    if (!token.empty() && QGuiApplication::platformName().startsWith("wayland")) {
+        // Where the toolkit looks for a token when it activates a window. It uses it up.
+        ::qputenv("XDG_ACTIVATION_TOKEN", QByteArray::fromStdString(token));
+        activateIgnoringOtherApps();
+        ::qunsetenv("XDG_ACTIVATION_TOKEN");
+    }
+    // Without a token, or with one that has expired, the program asks in its own name.
+    activateIgnoringOtherApps();
 }
 
 // Ends every event loop, that of an alert included. Asking the toolkit to quit would first ask each

@@ -11,6 +11,7 @@
 
 class QApplication;
 class QMainWindow;
+class QWidget;
 
 namespace zarn::linux_backend {
 
@@ -29,7 +30,12 @@ public:
     std::vector<Window*> windows() override;
     unsigned currentModifierFlags() const override;
 
+    /// Activates the application for another start of the program. `token` is what the desktop gave
+    /// that start to come to the front with, or empty.
+    void activateForOtherStart(const std::string& token);
     bool isEnding() const { return m_ending; }
+    /// The window that an alert belongs to, or nullptr when there is none.
+    QWidget* windowInFront() const;
     Storyboards& storyboards() { return m_storyboards; }
     QtMainQueue& mainQueue() { return *m_mainQueue; }
     /// Called once, after the first window was painted.

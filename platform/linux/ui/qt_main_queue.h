@@ -23,6 +23,7 @@ public:
 
     /// Runs `work` at once, or after the waits that are under way. Main thread only.
     void performAfterWaits(std::function<void()> work);
+    bool isWaiting() const { return m_waits > 0; }
 
     /// Called once a wait takes longer than 150 ms, so that there is a window to paint.
     std::function<void()> onLongWait;

@@ -100,17 +100,17 @@ void QtStoryboard::performSegue(QtScene& from, std::string_view identifier)
     if (identifier != "termsOfUse")
         fatalError(R"(storyboard "Main" has no segue ")" + std::string(identifier) + "\"");
     auto window = makeWindow<Ui::TermsWindow>();
-    window->setParent(&from.mainWindow(), Qt::Dialog);
+    window->setWindowFlags(Qt::Dialog);
     window->setWindowModality(Qt::ApplicationModal);
     auto scene = makeScene(std::move(window));
     if (m_factory)
         scene->load(m_factory(scene->customClass()));
     auto& shown = *scene;
     m_scenes.push_back(std::move(scene));
-    // The parent may not be placed yet; the middle of its screen is always in sight.
+    // The other window may not be placed yet; the middle of its screen is always in sight.
     const auto screen = from.mainWindow().screen()->availableGeometry();
     shown.mainWindow().move(screen.center() - shown.mainWindow().rect().center());
-    shown.show();
+    shown.show(&from);
 }
 
 void QtStoryboard::sceneClosed(QtScene& scene)
@@ -124,8 +124,7 @@ void QtStoryboard::sceneClosed(QtScene& scene)
         const auto ended = std::move(*it);
         m_scenes.erase(it);
         // A busy window manager may give the keyboard to nobody.
-        if (auto* presenting = ended->mainWindow().parentWidget())
-            presenting->activateWindow();
+        ended->activatePresenter();
         m_hooks.windowClosed();
     });
 }
@@ -142,7 +141,7 @@ std::vector<QtScene*> QtStoryboard::scenes() const
 
 void QtStoryboard::closeAll()
 {
-    // A window takes those that it presents along: the last one shown goes first.
+    // A window goes before the one that it was shown over.
     while (!m_scenes.empty())
         m_scenes.pop_back();
 }

@@ -9,6 +9,11 @@
 #include <QLayout>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QTimer>
+#include <QWindow>
+
+#include <chrono>
+#include <utility>
 
 namespace zarn::linux_backend {
 
@@ -35,6 +40,62 @@ public:
 private:
     QWidget* m_widget;
     QLabel* m_caption;
+};
+
+/// Calls `work` once, when the display shows the first frame of a window; soon also when it does
+/// not, since a window may come up minimized or on another workspace.
+class FirstFrame final : public QObject {
+public:
+    FirstFrame(QWindow& window, std::function<void()> work)
+        : QObject(&window)
+        , m_window(window)
+        , m_work(std::move(work))
+    {
+        setObjectName("firstFrame");
+        window.installEventFilter(this);
+        QTimer::singleShot(patience, this, &FirstFrame::finish);
+        if (window.isExposed())
+            askForFrame();
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() == QEvent::Expose && m_window.isExposed())
+            askForFrame();
+        else if (event->type() == QEvent::UpdateRequest && m_isPainted)
+            finish();
+        return QObject::eventFilter(watched, event);
+    }
+
+private:
+    static constexpr std::chrono::seconds patience{1};
+
+    // The window is painted while the event is handled. The display asks for the next frame when it
+    // has shown that one.
+    void askForFrame()
+    {
+        QMetaObject::invokeMethod(
+            this,
+            [this] {
+                m_isPainted = true;
+                m_window.requestUpdate();
+            },
+            Qt::QueuedConnection);
+    }
+    void finish()
+    {
+        if (m_work)
+            QMetaObject::invokeMethod(
+                this,
+                [this, work = std::exchange(m_work, nullptr)] {
+                    deleteLater();
+                    work();
+                },
+                Qt::QueuedConnection);
+    }
+
+    QWindow& m_window;
+    std::function<void()> m_work;
+    bool m_isPainted = false;
 };
 
 void prepareForm(QMainWindow& window)
@@ -136,21 +197,36 @@ void QtScene::load(std::unique_ptr<ViewController> controller)
     m_controller->viewDidLoad();
 }
 
-void QtScene::show()
+void QtScene::show(const QtScene* presenter)
 {
     m_shown = true;
     if (m_controller)
         m_controller->viewWillAppear();
     fitContent();
+    m_window->winId(); // creates what windowHandle() returns
+    if (presenter)
+        m_window->windowHandle()->setTransientParent(presenter->m_window->windowHandle());
+    // A window that comes up over one that is not on the screen yet may lose the keyboard to it.
+    new FirstFrame(*m_window->windowHandle(), [this] { appear(); });
     m_window->show();
-    if (m_controller)
+}
+
+void QtScene::appear()
+{
+    if (m_shown && m_controller)
         m_controller->viewDidAppear();
 }
 
 void QtScene::close()
 {
-    m_closing = true;
-    m_window->close();
+    disappear();
+    m_window->hide();
+}
+
+void QtScene::activatePresenter()
+{
+    if (auto* presenter = m_window->windowHandle()->transientParent())
+        presenter->requestActivate();
 }
 
 void QtScene::disappear()
@@ -167,7 +243,7 @@ bool QtScene::eventFilter(QObject* watched, QEvent* event)
 {
     const bool isLocked = (m_sceneWindow.styleMask() & window_style::closable) == 0;
     if (watched == m_window.get() && event->type() == QEvent::Close) {
-        if (isLocked && !m_closing) {
+        if (isLocked) {
             event->ignore();
             return true;
         }

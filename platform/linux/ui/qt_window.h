@@ -113,10 +113,14 @@ public:
 
     /// Gives the scene its controller and loads the view.
     void load(std::unique_ptr<ViewController> controller);
-    void show();
+    /// Brings the window up, over that of the presenter if there is one. The view has appeared when
+    /// the display shows the window's first frame.
+    void show(const QtScene* presenter = nullptr);
     bool isShown() const { return m_shown; }
     /// A window without closable in its style mask closes only this way.
     void close();
+    /// Gives the keyboard to the window that this one was shown over.
+    void activatePresenter();
 
     QMainWindow& mainWindow() { return *m_window; }
     QtWindow& sceneWindow() { return m_sceneWindow; }
@@ -135,6 +139,7 @@ protected:
 
 private:
     void fitContent();
+    void appear();
     void disappear();
     LayerView& content() const;
 
@@ -146,7 +151,6 @@ private:
     std::unique_ptr<ViewController> m_controller;
     bool m_hasLayer = false;
     bool m_shown = false;
-    bool m_closing = false;
     std::optional<QSize> m_preferredSize;
 };
 

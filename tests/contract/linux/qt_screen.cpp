@@ -29,7 +29,7 @@ struct Owned {
     char* arguments[2] = {name, nullptr};
     int count = 1;
     QtApplication application{count, arguments, [](const std::string&) {}};
-    QtAlertRunner alerts{[this] { return application.isEnding(); }};
+    QtAlertRunner alerts{application};
 };
 
 class OwningAlertFixture final : Owned, public QtAlertFixture {
@@ -50,12 +50,24 @@ QString plainTitle(const QAction& action)
     return action.text().remove('&');
 }
 
-/// Does `work` when everything that is pending by now is done.
+/// Whether a window waits for its first frame.
+bool isComingUp(const QWidget* window)
+{
+    return window->isVisible() && window->windowHandle()
+        && window->windowHandle()->findChild<QObject*>("firstFrame");
+}
+
+/// Does `work` when everything that is pending by now is done and every window is on the screen.
 void later(std::function<void()> work)
 {
+    const auto doOrWait = [work = std::move(work)] {
+        if (std::ranges::any_of(QApplication::topLevelWidgets(), isComingUp))
+            later(work);
+        else
+            work();
+    };
     QMetaObject::invokeMethod(
-        qApp, [work = std::move(work)] { QTimer::singleShot(1, qApp, work); },
-        Qt::QueuedConnection);
+        qApp, [doOrWait] { QTimer::singleShot(1, qApp, doOrWait); }, Qt::QueuedConnection);
 }
 
 /// On a busy machine the display may take the focus for one that is not there yet; a user would

@@ -59,7 +59,7 @@ private:
     X11Windows m_taken;
     QtApplication m_application{
         m_count, m_values, [this](const std::string& link) { m_openedLinks.push_back(link); }};
-    QtAlertRunner m_alerts{[this] { return m_application.isEnding(); }};
+    QtAlertRunner m_alerts{m_application};
     QtAlertFixture m_alertFixture{m_alerts};
     std::unique_ptr<X11Windows> m_otherProgram;
     std::vector<std::function<void()>> m_steps;

@@ -90,7 +90,8 @@ TEST(QtAlertTest, AProgramThatIsEndingShowsNoAlertAndRespondsAsEscapeWould)
     char* arguments[] = {name, nullptr};
     int count = 1;
     QtApplication application(count, arguments, [](const std::string&) {});
-    QtAlertRunner alerts([] { return true; });
+    application.terminate();
+    QtAlertRunner alerts(application);
     const Alert question{"", "Remove it?", AlertStyle::Warning, {{"Remove", ""}, {"Cancel", ""}}};
     const Alert notice{"", "Done", AlertStyle::Warning, {{"OK", ""}, {"Quit", ""}}};
     const Alert offer{"", "Newer", AlertStyle::Warning, {{"View", ""}, {"Ignore", ""}}};
