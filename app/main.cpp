@@ -32,17 +32,26 @@ int runWindow(const LinuxPlatform::Options& options)
 {
     const auto start = LinuxPlatform::start(options);
     if (!start.platform) {
-        if (!start.reason.empty())
-            zarn::warn(start.reason);
+        if (start.exitCode == EXIT_SUCCESS)
+            return printed(start.reason + "\n");
+        zarn::warn(start.reason);
         return start.exitCode;
     }
     zarn::ZarnActionsApp app(start.platform->services(), start.platform->productTexts());
+    const auto finish = [&] {
+        start.platform->announceEnding();
+        if (!app.finishKeychainWrites()) {
+            zarn::warn("the keychain did not take what was saved last");
+            std::_Exit(EXIT_FAILURE);
+        }
+    };
+    start.platform->setDisplayLost([&finish] {
+        finish();
+        std::_Exit(EXIT_SUCCESS);
+    });
     const int result = app.run();
-    start.platform->announceEnding();
-    if (!app.finishKeychainWrites()) {
-        zarn::warn("the keychain did not take what was saved last");
-        std::_Exit(EXIT_FAILURE);
-    }
+    start.platform->setDisplayLost(nullptr);
+    finish();
     return result;
 }
 

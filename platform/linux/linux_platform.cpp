@@ -56,9 +56,18 @@ void explainToolkitStart(QtMsgType type, const QMessageLogContext&, const QStrin
     ::_exit(EXIT_FAILURE);
 }
 
-// What the toolkit only warns of is nothing that a user could mend; a developer asks for it.
-void keepToolkitQuiet(QtMsgType type, const QMessageLogContext&, const QString& message)
+std::function<void()>& displayLost()
 {
+    static std::function<void()> work;
+    return work;
+}
+
+// The toolkit's warnings are for developers, who ask for them. After those about a broken
+// connection it exits at once.
+void handleToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
+{
+    if (message.contains("connection broke") && displayLost())
+        std::exchange(displayLost(), nullptr)();
     const bool isGrave = type == QtCriticalMsg || type == QtFatalMsg;
     if (isGrave || std::getenv("QT_LOGGING_RULES"))
         warn(message.toStdString());
@@ -207,11 +216,13 @@ LinuxPlatform::Start LinuxPlatform::start(const Options& options)
     if (paths.home.empty() || paths.config.empty())
         return {nullptr, EXIT_FAILURE, "there is no home directory: set HOME"};
     catchSignals();
-    switch (adapters->instance.claim(paths.config + "/zarn-actions.running", endingPatience)) {
+    const char* activationToken = std::getenv("XDG_ACTIVATION_TOKEN");
+    switch (adapters->instance.claim(paths.config + "/zarn-actions.running", endingPatience,
+        activationToken ? activationToken : "")) {
     case SingleInstance::Outcome::First:
         break;
     case SingleInstance::Outcome::RaisedOther:
-        return {nullptr, EXIT_SUCCESS, ""};
+        return {nullptr, EXIT_SUCCESS, "Zarn Actions is already running"};
     case SingleInstance::Outcome::Elsewhere:
         return {nullptr, EXIT_FAILURE, "a copy on another machine uses " + paths.config};
     case SingleInstance::Outcome::Failed:
@@ -219,10 +230,13 @@ LinuxPlatform::Start LinuxPlatform::start(const Options& options)
     }
     qInstallMessageHandler(explainToolkitStart);
     adapters->display = std::make_unique<Adapters::WithDisplay>(*adapters);
-    qInstallMessageHandler(keepToolkitQuiet);
+    qInstallMessageHandler(handleToolkitMessage);
     auto& display = *adapters->display;
     setSignalHandlers([&display] { display.application.terminate(); },
-        [&display] { display.application.activateIgnoringOtherApps(); });
+        [&adapters = *adapters] {
+            adapters.display->application.activateForOtherStart(
+                adapters.instance.takeActivationToken());
+        });
     display.portal.waitForFirstAnswer(portalPatience);
     forbidTracing();
     adapters->followColorPreference();
@@ -253,6 +267,11 @@ Services LinuxPlatform::services()
 const ProductTexts& LinuxPlatform::productTexts() const
 {
     return m_adapters->texts;
+}
+
+void LinuxPlatform::setDisplayLost(std::function<void()> work)
+{
+    displayLost() = std::move(work);
 }
 
 void LinuxPlatform::announceEnding()

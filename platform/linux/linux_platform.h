@@ -5,6 +5,7 @@
 #include "platform/product_texts.h"
 #include "platform/services.h"
 
+#include <functional>
 #include <memory>
 #include <span>
 #include <string>
@@ -26,7 +27,7 @@ public:
         /// Absent when the program has to end at once with `exitCode`.
         std::unique_ptr<LinuxPlatform> platform;
         int exitCode = 0;
-        /// One line for the user, or empty.
+        /// Why it ends, for the user; empty when there is a platform.
         std::string reason;
     };
 
@@ -48,6 +49,9 @@ public:
 
     Services services();
     const ProductTexts& productTexts() const;
+    /// `work` ends the process when the display goes away, as it does at the end of a session. No
+    /// event loop runs any more then.
+    void setDisplayLost(std::function<void()> work);
     /// The event loop has ended. A start from now on waits for the end of this process.
     void announceEnding();
 

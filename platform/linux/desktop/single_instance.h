@@ -5,6 +5,7 @@
 
 #include <chrono>
 #include <string>
+#include <string_view>
 
 namespace zarn::linux_backend {
 
@@ -23,13 +24,19 @@ public:
         /// The lock file cannot be used.
         Failed
     };
-    /// Takes the lock `path`, or asks its holder to raise its window (SIGUSR1). A holder that is
-    /// ending is waited for, at most `patience`. Catch SIGUSR1 before.
-    Outcome claim(const std::string& path, std::chrono::milliseconds patience);
+    /// Takes the lock `path`, or asks its holder to raise its window (SIGUSR1) and hands it the
+    /// token with which the desktop lets this start come to the front, or an empty one. A holder
+    /// that is ending is waited for, at most `patience`. Catch SIGUSR1 before.
+    Outcome claim(const std::string& path, std::chrono::milliseconds patience,
+        std::string_view activationToken);
+    /// The token that the last start handed over, once; empty if there is none, or something else
+    /// in its place.
+    std::string takeActivationToken() const;
     /// From now on a new start waits for the end of this process instead of calling on it.
     void announceEnding() const;
 
 private:
+    void handOver(std::string_view activationToken) const;
     bool isHolderEnding() const;
 
     Descriptor m_file;

@@ -8,6 +8,7 @@
 #include <filesystem>
 #include <fstream>
 #include <functional>
+#include <iterator>
 #include <memory>
 #include <string>
 #include <vector>
@@ -116,7 +117,7 @@ protected:
             pipe = toUs;
             std::signal(SIGUSR1, [](int) { say(pipe, 'r'); });
             SingleInstance instance;
-            if (instance.claim(path, 0ms) != Outcome::First)
+            if (instance.claim(path, 0ms, "") != Outcome::First)
                 return 1;
             say(toUs, 'f');
             waitToBeTold(fromUs);
@@ -134,7 +135,7 @@ protected:
 TEST_F(SingleInstanceTest, TheFirstStartIsTheFirst)
 {
     SingleInstance instance;
-    EXPECT_EQ(instance.claim(path, 0ms), Outcome::First);
+    EXPECT_EQ(instance.claim(path, 0ms, ""), Outcome::First);
     struct stat status { };
     ASSERT_EQ(::stat(path.c_str(), &status), 0);
     EXPECT_EQ(status.st_mode & 0777, 0600U);
@@ -148,10 +149,102 @@ TEST_F(SingleInstanceTest, EachFurtherStartRaisesTheFirstOnce)
     ASSERT_EQ(first.hear(), 'f');
     for (int start = 0; start < 3; ++start) {
         SingleInstance instance;
-        EXPECT_EQ(instance.claim(path, 5s), Outcome::RaisedOther);
+        EXPECT_EQ(instance.claim(path, 5s, ""), Outcome::RaisedOther);
         EXPECT_EQ(first.hear(), 'r');
     }
     EXPECT_TRUE(first.isAlive());
+}
+
+class HandedToken : public SingleInstanceTest {
+protected:
+    HandedToken()
+    {
+        std::signal(SIGUSR1, [](int) {});
+        EXPECT_EQ(first.claim(path, 0ms, ""), Outcome::First);
+    }
+    /// Starts another copy that was given this token.
+    void start(const std::string& token) const
+    {
+        OtherProcess other([&](int, int) {
+            SingleInstance second;
+            return second.claim(path, 5s, token) == Outcome::RaisedOther ? 0 : 1;
+        });
+        EXPECT_EQ(other.exitCode(), 0);
+    }
+    /// Puts bytes where a start puts its token.
+    void write(const std::string& bytes) const
+    {
+        // In another process: this one would lose its lock when it closes the file.
+        OtherProcess other([&](int, int) {
+            std::ofstream(path, std::ios::in | std::ios::out).seekp(8) << bytes;
+            return 0;
+        });
+        EXPECT_EQ(other.exitCode(), 0);
+    }
+
+    SingleInstance first;
+};
+
+TEST_F(HandedToken, IsTakenOnce)
+{
+    EXPECT_EQ(first.takeActivationToken(), "");
+    start("token-1");
+    EXPECT_EQ(first.takeActivationToken(), "token-1");
+    EXPECT_EQ(first.takeActivationToken(), "");
+}
+
+TEST_F(HandedToken, IsThatOfTheLastStart)
+{
+    start("a-longer-token-of-the-first-start");
+    start("short");
+    EXPECT_EQ(first.takeActivationToken(), "short");
+}
+
+TEST_F(HandedToken, IsUpTo255VisibleLetters)
+{
+    for (const auto& token : {std::string("!"), std::string("~"), std::string(255, 'x')}) {
+        start(token);
+        EXPECT_EQ(first.takeActivationToken(), token);
+    }
+    for (const auto& no : {std::string(), std::string(256, 'x'), std::string(100000, 'x'),
+             std::string("two words"), std::string("two\nlines"), std::string("\x7f"),
+             std::string("\x1f"), std::string("\xc3\xbc")}) {
+        start(no);
+        EXPECT_EQ(first.takeActivationToken(), "") << no.substr(0, 20);
+    }
+}
+
+TEST_F(HandedToken, IsNotReadFromWhatAnotherProgramWrote)
+{
+    for (const auto& bytes :
+        {std::string("unfinished"), std::string(1 << 20, 'x'), std::string(300, 'x') + "\n",
+            std::string("\n"), std::string("\0\n", 2), std::string("two words\n")}) {
+        write(bytes);
+        EXPECT_EQ(first.takeActivationToken(), "") << bytes.substr(0, 20);
+    }
+    start("token");
+    EXPECT_EQ(first.takeActivationToken(), "token");
+}
+
+TEST_F(HandedToken, LeavesNoTraceOnceItIsTaken)
+{
+    start("token");
+    (void)first.takeActivationToken();
+    std::ifstream file(path);
+    const std::string left{std::istreambuf_iterator<char>(file), {}};
+    EXPECT_EQ(left.find("token"), std::string::npos);
+}
+
+TEST_F(HandedToken, DoesNotHideThatTheFirstIsEnding)
+{
+    start("token");
+    first.announceEnding();
+    (void)first.takeActivationToken();
+    OtherProcess other([&](int, int) {
+        SingleInstance second;
+        return second.claim(path, 20ms, "token") == Outcome::Failed ? 0 : 1;
+    });
+    EXPECT_EQ(other.exitCode(), 0);
 }
 
 TEST_F(SingleInstanceTest, AKilledFirstCopyLeavesThePlaceFree)
@@ -161,7 +254,7 @@ TEST_F(SingleInstanceTest, AKilledFirstCopyLeavesThePlaceFree)
     first.kill();
     EXPECT_EQ(first.exitCode(), -SIGKILL);
     SingleInstance instance;
-    EXPECT_EQ(instance.claim(path, 0ms), Outcome::First);
+    EXPECT_EQ(instance.claim(path, 0ms, ""), Outcome::First);
 }
 
 TEST_F(SingleInstanceTest, AStartWhileTheFirstIsEndingWaitsAndBecomesTheFirst)
@@ -173,7 +266,7 @@ TEST_F(SingleInstanceTest, AStartWhileTheFirstIsEndingWaitsAndBecomesTheFirst)
     OtherProcess second([&](int toUs, int) {
         SingleInstance instance;
         say(toUs, 'w');
-        return instance.claim(path, 10s) == Outcome::First ? 0 : 1;
+        return instance.claim(path, 10s, "") == Outcome::First ? 0 : 1;
     });
     ASSERT_EQ(second.hear(), 'w');
     EXPECT_TRUE(second.isAlive());
@@ -189,7 +282,7 @@ TEST_F(SingleInstanceTest, AnEndThatTakesTooLongIsNotWaitedForForEver)
     first.tell();
     ASSERT_EQ(first.hear(), 'e');
     SingleInstance instance;
-    EXPECT_EQ(instance.claim(path, 60ms), Outcome::Failed);
+    EXPECT_EQ(instance.claim(path, 60ms, ""), Outcome::Failed);
 }
 
 TEST_F(SingleInstanceTest, TheEndOfOneRunIsForgottenByTheNext)
@@ -205,7 +298,7 @@ TEST_F(SingleInstanceTest, TheEndOfOneRunIsForgottenByTheNext)
     OtherProcess second(firstCopy());
     ASSERT_EQ(second.hear(), 'f');
     SingleInstance third;
-    EXPECT_EQ(third.claim(path, 5s), Outcome::RaisedOther);
+    EXPECT_EQ(third.claim(path, 5s, ""), Outcome::RaisedOther);
     EXPECT_EQ(second.hear(), 'r');
 }
 
@@ -218,7 +311,7 @@ TEST_F(SingleInstanceTest, ManyStartsAtOnceHaveExactlyOneFirst)
             std::signal(SIGUSR1, [](int) {});
             waitToBeTold(fromUs);
             SingleInstance instance;
-            const auto outcome = instance.claim(path, 5s);
+            const auto outcome = instance.claim(path, 5s, "");
             say(toUs,
                 outcome == Outcome::First             ? 'f'
                     : outcome == Outcome::RaisedOther ? 'r'
@@ -241,7 +334,7 @@ TEST_F(SingleInstanceTest, ALinkInThePlaceOfTheFileIsNotFollowed)
     std::filesystem::create_directories(path.parent_path());
     std::filesystem::create_symlink(folder / "elsewhere", path);
     SingleInstance instance;
-    EXPECT_EQ(instance.claim(path, 0ms), Outcome::Failed);
+    EXPECT_EQ(instance.claim(path, 0ms, ""), Outcome::Failed);
     EXPECT_FALSE(std::filesystem::exists(folder / "elsewhere"));
 }
 
@@ -249,7 +342,7 @@ TEST_F(SingleInstanceTest, AFolderThatCannotBeMadeIsAFailure)
 {
     std::ofstream(folder / "settings") << "a file";
     SingleInstance instance;
-    EXPECT_EQ(instance.claim(path, 0ms), Outcome::Failed);
+    EXPECT_EQ(instance.claim(path, 0ms, ""), Outcome::Failed);
 }
 
 } // namespace
