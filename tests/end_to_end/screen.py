@@ -49,14 +49,6 @@ def type_text(text):
     subprocess.run([*command, text], check=True)
 
 
-def hold(key):
-    subprocess.run(["xdotool", "keydown", key], check=True)
-
-
-def release(key):
-    subprocess.run(["xdotool", "keyup", key], check=True)
-
-
 def activate(window):
     """Has the window manager give an X11 window the keyboard: only then does it hear alt+F4 for it."""
     def is_active():
@@ -300,11 +292,7 @@ class Screen:
         keys("space")
         wait_for(lambda: is_showing(self._list()), "the server menu to open")
         keys("Home", *["Down"] * len([name for name in titles[:index] if name]))
-        if modifier:
-            hold(modifier)
-        keys("Return")
-        if modifier:
-            release(modifier)
+        keys(modifier + "+Return" if modifier else "Return")
 
     def alert(self, seconds=20.0):
         def found():
