@@ -392,7 +392,8 @@ class OneCopyTest(ProcessTest):
 
     def second_start(self, environment=None):
         done = self.run_program(env=environment or self.environment)
-        self.assertEqual((done.returncode, done.stdout, done.stderr), (0, "", ""))
+        self.assertEqual((done.returncode, done.stdout, done.stderr),
+                         (0, "Zarn Actions is already running\n", ""))
 
     def check_raise(self, environment):
         process = self.start("-agreedToTermsOfUse", "1", env=environment)

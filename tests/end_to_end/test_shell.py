@@ -1,14 +1,12 @@
 # SPDX-License-Identifier: MIT
-"""Start-up, menus, About, terms, single instance, signals and launch arguments of the real program."""
+"""Start-up, menus, About, terms and launch arguments of the real program."""
 
 import os
-import signal
 import subprocess
-import time
 import unittest
 
 from screen import activate, keys, wait_for
-from world import STANDARD, DemoServer, WorldTest, built, config_folder, log_messages, settings, write_settings
+from world import STANDARD, DemoServer, WorldTest, built, config_folder, log_messages, settings
 
 
 class Terms(WorldTest):
@@ -74,21 +72,6 @@ class Terms(WorldTest):
         wait_for(lambda: self.screen.shows("push button", "Accept"), "the terms to be shown still")
         after = subprocess.run(["xdotool", "getwindowgeometry", window], capture_output=True, text=True).stdout
         self.assertEqual(before.split("Geometry")[1], after.split("Geometry")[1])
-
-    def test_accept_by_keyboard_alone(self):
-        screen = self.start()
-        window = self.terms_window()
-        activate(window)
-        button = screen.control("push button", "Accept")
-        from gi.repository import Atspi
-        for _ in range(12):
-            if button.get_state_set().contains(Atspi.StateType.FOCUSED):
-                break
-            keys("Tab")
-            time.sleep(0.05)
-        keys("space")
-        wait_for(lambda: not screen.find("push button", "Accept"), "the terms to go")
-        self.assertEqual(settings(STANDARD), {"agreedToTermsOfUse": True})
 
 
 class Menus(WorldTest):
@@ -180,33 +163,6 @@ class Process(WorldTest):
         activate(program.screen.x_window("Zarn Actions"))
         keys("alt+F4")
         self.assertEqual(program.ended(), 0)
-
-    def test_termination_signals_end_it_as_quit_does(self):
-        for number in (signal.SIGTERM, signal.SIGINT):
-            program = self.start_program().wait_for_window()
-            program.process.send_signal(number)
-            self.assertEqual(program.ended(), 0)
-            self.assertEqual(program.errors(), "")
-
-    def test_a_signal_ends_it_while_the_terms_are_open(self):
-        write_settings(STANDARD, {})
-        program = self.start_program().wait_for_window()
-        program.screen.control("push button", "Accept")
-        program.process.send_signal(signal.SIGTERM)
-        self.assertEqual(program.ended(), 0)
-
-    def test_a_signal_ends_it_while_an_alert_is_open(self):
-        program = self.start_program().wait_for_window()
-        program.screen.press("Add")
-        program.screen.alert()
-        program.process.send_signal(signal.SIGTERM)
-        self.assertEqual(program.ended(), 0)
-
-    def test_a_second_start_raises_the_first_and_ends(self):
-        first = self.start_program().wait_for_window()
-        second = self.run_briefly()
-        self.assertEqual((second.returncode, second.stdout, second.stderr), (0, "", ""))
-        self.assertIsNone(first.process.poll())
 
     def test_a_killed_first_copy_keeps_nobody_away(self):
         first = self.start_program().wait_for_window()
