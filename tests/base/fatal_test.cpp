@@ -4,7 +4,6 @@
 #include <gtest/gtest.h>
 
 #include <csignal>
-#include <cstdio>
 
 namespace zarn {
 namespace {
@@ -13,17 +12,6 @@ TEST(FatalErrorDeathTest, PrintsOneLineAndAborts)
 {
     EXPECT_EXIT(fatalError("no storyboard"), testing::KilledBySignal(SIGABRT),
         testing::Eq("zarn-actions: fatal: no storyboard\n"));
-}
-
-// An abort loses what is still in a buffer.
-TEST(FatalErrorDeathTest, TheLineIsOutBeforeTheProcessEnds)
-{
-    const auto die = [] {
-        std::setvbuf(stderr, nullptr, _IOFBF, BUFSIZ);
-        fatalError("buffered");
-    };
-    EXPECT_EXIT(
-        die(), testing::KilledBySignal(SIGABRT), testing::Eq("zarn-actions: fatal: buffered\n"));
 }
 
 } // namespace
