@@ -5,7 +5,6 @@
 #include "platform/console.h"
 #include "platform/settings.h"
 #include "profiles/server_url.h"
-#include "profiles/settings_domains.h"
 
 namespace zarn {
 

@@ -27,8 +27,9 @@ public:
             events->push_back("async " + m_label);
         m_work.push_back(std::move(work));
     }
-    bool drain(std::chrono::milliseconds) override
+    bool drain(std::chrono::milliseconds limit) override
     {
+        drainLimit = limit;
         runAll();
         return true;
     }
@@ -36,6 +37,8 @@ public:
 
     /// Where work is recorded that is submitted, if anywhere.
     std::vector<std::string>* events = nullptr;
+    /// How long the last drain() may have taken.
+    std::chrono::milliseconds drainLimit{};
     std::size_t pending() const { return m_work.size(); }
     void runAll()
     {

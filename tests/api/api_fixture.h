@@ -76,15 +76,8 @@ protected:
     BundleTexts texts{bundle};
     LogFile logFile{{files, clock, dates}};
     WriteToLog log{logFile};
-    std::shared_ptr<TokenDelegate> delegate
-        = std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
-            .sessions = sessions,
-            .standardDefaults = settings.standard(),
-            .texts = texts,
-            .clock = clock,
-            .log = log,
-            .alerts = alerts,
-            .console = console});
+    std::shared_ptr<TokenDelegate> delegate = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
+        connection, sessions, settings.standard(), texts, clock, log, alerts, console});
     std::vector<std::string> outcomes;
 };
 

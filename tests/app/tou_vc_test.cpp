@@ -127,8 +127,22 @@ TEST_F(TermsTest, AnUnknownActionIsRefused)
 {
     loadTerms();
     EXPECT_FALSE(terms.controller->performAction("accept", nullptr));
+    EXPECT_FALSE(
+        terms.controller->performAction("accept", &terms.outlets.buttonNamed("accept_Button")));
     EXPECT_FALSE(terms.controller->performAction("exitOrAccept", nullptr));
     EXPECT_TRUE(events().empty());
+}
+
+TEST_F(TermsTest, EveryOutletIsConnected)
+{
+    Appearance appearance(standard(), texts);
+    ToUVC view({appearance, standard(), platform.application});
+    memory::MemoryOutlets asked;
+    view.connectOutlets(asked);
+    EXPECT_TRUE(asked.imageViews.contains("icon_ImageView"));
+    EXPECT_TRUE(asked.textViews.contains("termsOfUse_TextView"));
+    EXPECT_TRUE(asked.buttons.contains("exit_Button"));
+    EXPECT_TRUE(asked.buttons.contains("accept_Button"));
 }
 
 TEST_F(TermsDeathTest, AMissingIconOrTextViewStopsTheProcessAndIsNamed)

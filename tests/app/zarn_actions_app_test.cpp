@@ -133,6 +133,14 @@ TEST_F(WholeAppTest, QuittingRightAfterSuccessLosesNoKeychainWrite)
     EXPECT_NE(secretOf("ZPMA-zortcuts", "zortcuts"), "none");
 }
 
+TEST_F(WholeAppTest, TheEndWaitsTenSecondsForKeychainWrites)
+{
+    start();
+    addServer("A", "https://a", true);
+    EXPECT_TRUE(app().finishKeychainWrites());
+    EXPECT_EQ(platform.serialQueues.made.front()->drainLimit, std::chrono::seconds(10));
+}
+
 TEST_F(WholeAppTest, TheKeychainQueueIsMadeOnceOnFirstUseUnderItsName)
 {
     start();

@@ -121,11 +121,12 @@ class Build:
             sys.exit(f"mutate.py: the tests do not build:\n{done.stdout}")
 
     def link_command(self, target):
-        """The build's own command, for another linker, without debug information."""
+        """The build's own command, for another linker, without debug information. Of two definitions the
+        first one counts: a compiler's own helpers can bring in the original behind the mutant."""
         lines = subprocess.run(["ninja", "-C", self.folder, "-t", "commands", target], check=True,
                                capture_output=True, text=True).stdout.splitlines()
         command = next(part for part in lines[-1].split(" && ") if f" -o {target} " in part)
-        return shlex.split(command) + ["-fuse-ld=lld", "-Wl,--strip-debug"]
+        return shlex.split(command) + ["-fuse-ld=lld", "-Wl,--strip-debug", "-Wl,-z,muldefs"]
 
 
 def compiler_options(command):
@@ -245,8 +246,7 @@ class Run:
             if not built:
                 return "uncompiled"
             programs = {target: self.link(target, built, folder) for target in compiler.programs}
-            if not all(program and self.passes(target, program, folder)
-                       for target, program in programs.items()):
+            if not all(self.passes(target, program, folder) for target, program in programs.items()):
                 return "killed"
             if self.listed.has(compiler.source, changed_lines(text, changed)) \
                     or compiler.is_same_code(text, changed, folder):
@@ -256,14 +256,14 @@ class Run:
             shutil.rmtree(folder)
 
     def link(self, target, built, folder):
-        """The test program with an object in place of the original, or None."""
+        """The test program with an object in place of the original."""
         program = folder / target
         link = list(self.links[target])
         link[link.index("-o") + 1] = program
-        # In front: the original stays in its archive, and inline functions are the mutant's.
+        # In front: what it defines is taken from it.
         link.insert(1, built)
-        failed = subprocess.run(link, cwd=self.build.folder, capture_output=True).returncode
-        return None if failed else program
+        subprocess.run(link, cwd=self.build.folder, check=True)
+        return program
 
     def passes(self, target, program, folder, active=""):
         slow = ":".join(self.slow[target])

@@ -6,7 +6,7 @@
 
 namespace zarn::linux_backend {
 
-/// The folders of this user's files; empty without a home directory.
+/// Where this user's files are. Empty folders mean that there is no home directory.
 struct Paths {
     /// HOME, else the home directory of the password database; absolute, without trailing "/".
     std::string home;
@@ -16,6 +16,8 @@ struct Paths {
     std::string data;
     /// $XDG_STATE_HOME/zarn-actions (default ~/.local/state).
     std::string state;
+    /// $XDG_RUNTIME_DIR when it is absolute, else the state folder.
+    std::string runtime;
 
     static Paths fromEnvironment();
 };

@@ -8,8 +8,7 @@
 
 namespace zarn::linux_backend {
 
-/// Values that the desktop provides to every program, such as "AppleInterfaceStyle". Main thread
-/// only.
+/// What the desktop says to every program, such as "AppleInterfaceStyle". Main thread only.
 class GlobalValues {
 public:
     virtual ~GlobalValues() = default;

@@ -39,6 +39,7 @@ QtTextView::QtTextView(NoticeBrowser* browser, std::function<void(const std::str
 
 void QtTextView::setAttributedText(const AttributedText& text)
 {
+    m_text = text;
     widget().clear();
     QTextCursor cursor(widget().document());
     cursor.beginEditBlock();
