@@ -28,8 +28,15 @@ ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& tex
     , m_status(services.console)
     , m_versionCheck(
           {services.urlSessions, services.bundle, services.textServices, texts.updateCheckPageUrl})
-    , m_delegate({services.application, services.bundle, services.fileManager, m_logFile, m_alert,
-          services.storyboards, m_versionCheck, services.windowList, services.workspace})
+    , m_delegate({.application = services.application,
+          .bundle = services.bundle,
+          .files = services.fileManager,
+          .log = m_logFile,
+          .alert = m_alert,
+          .storyboards = services.storyboards,
+          .versionCheck = m_versionCheck,
+          .windowList = services.windowList,
+          .workspace = services.workspace})
 {
 }
 
@@ -53,10 +60,19 @@ bool ZarnActionsApp::finishKeychainWrites()
 std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_view customClass)
 {
     if (customClass == "LoginVC")
-        return std::make_unique<LoginVC>(LoginVC::Deps{m_connection, m_domains, m_services.clock,
-            m_services.textServices, m_logFile, m_log, m_alert, m_services.application,
-            m_services.console, m_services.notificationCenter, [this] { return makeCredentials(); },
-            [this] { return makeTokenDelegate(); }, m_status});
+        return std::make_unique<LoginVC>(LoginVC::Deps{.connection = m_connection,
+            .domains = m_domains,
+            .clock = m_services.clock,
+            .texts = m_services.textServices,
+            .logFile = m_logFile,
+            .log = m_log,
+            .alerts = m_alert,
+            .application = m_services.application,
+            .console = m_services.console,
+            .notificationCenter = m_services.notificationCenter,
+            .credentials = [this] { return makeCredentials(); },
+            .makeTokenDelegate = [this] { return makeTokenDelegate(); },
+            .status = m_status});
     if (customClass == "AboutVC")
         return std::make_unique<AboutVC>(
             AboutVC::Deps{m_appearance, m_bundleTexts, m_services.notificationCenter});
@@ -69,9 +85,14 @@ std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_v
 
 std::shared_ptr<TokenDelegate> ZarnActionsApp::makeTokenDelegate()
 {
-    return std::make_shared<TokenDelegate>(
-        TokenDelegate::Deps{m_connection, m_services.urlSessions, m_domains.standardDefaults(),
-            m_bundleTexts, m_services.clock, m_log, m_alert, m_services.console});
+    return std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = m_connection,
+        .sessions = m_services.urlSessions,
+        .standardDefaults = m_domains.standardDefaults(),
+        .texts = m_bundleTexts,
+        .clock = m_services.clock,
+        .log = m_log,
+        .alerts = m_alert,
+        .console = m_services.console});
 }
 
 std::shared_ptr<Credentials> ZarnActionsApp::makeCredentials()

@@ -9,7 +9,7 @@
 #include "log/write_to_log.h"
 #include "platform/product_texts.h"
 #include "platform/services.h"
-#include "profiles/profile_store.h"
+#include "profiles/settings_domains.h"
 #include "profiles/status_line.h"
 #include "update/version_check.h"
 

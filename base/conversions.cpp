@@ -15,7 +15,7 @@ bool isBlank(char c)
     return c == ' ' || (c >= '\t' && c <= '\r');
 }
 
-// Texts from launch arguments arrive here: "1", "+1", " 42 apples". Out of range saturates.
+// Launch arguments arrive as texts: "1", "+1", " 42 apples". Out of range: the nearest integer.
 std::int64_t leadingInteger(std::string_view text)
 {
     while (!text.empty() && isBlank(text.front()))

@@ -9,11 +9,10 @@
 
 namespace zarn {
 
-/// How a stored value reads as another type, the way the settings framework converts. Pure
-/// functions.
+/// Converts a stored value to another type, by the rules of the settings framework. Pure functions.
 
-/// Booleans and doubles convert; a text gives the integer that it begins with. Out of range
-/// saturates; anything else is 0.
+/// Booleans and doubles convert; a text gives the integer at its start. A number out of range
+/// becomes the nearest integer, any other value 0.
 std::int64_t integerFrom(const Value& value);
 /// Numbers are true unless 0; a text is true when it begins with Y, y, T, t or a digit from 1 to 9
 /// (after blanks, one sign and zeros). Anything else is false.

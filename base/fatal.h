@@ -6,7 +6,7 @@
 namespace zarn {
 
 /// Stops the process: one line on standard error that says what is missing, then abort.
-/// For program errors and missing required data only. Any thread. `what` never holds a secret.
+/// Only for program errors and missing required data. Any thread. `what` never holds a secret.
 [[noreturn]] void fatalError(std::string_view what);
 
 } // namespace zarn

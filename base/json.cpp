@@ -15,7 +15,8 @@ namespace {
 using nlohmann::json;
 
 constexpr std::size_t deepest = 512;
-// The window stands still while the main thread reads a server's reply: this many take some 40 ms.
+// The main thread parses a server's reply, and the window does not repaint meanwhile: this many
+// take about 40 ms.
 constexpr std::size_t mostValues = 100'000;
 
 bool isWhole(double real)
@@ -69,7 +70,7 @@ public:
 private:
     struct Container {
         Value value;
-        /// Of the member that comes next.
+        /// The key of the next member.
         std::string key;
     };
 
@@ -124,7 +125,7 @@ template <typename... Format> std::string shortest(double real, Format... format
     return {buffer.data(), std::to_chars(buffer.begin(), buffer.end(), real, format...).ptr};
 }
 
-// The shortest text that reads back as the same number. Whole ones are filled up with zeros.
+// The shortest digits that read back as the same number, padded with zeros.
 std::string textOf(double real)
 {
     constexpr double allWholeBelow = 9007199254740992.0;
@@ -193,7 +194,7 @@ private:
 Result<Value> parseJson(std::string_view utf8)
 {
     ValueBuilder builder;
-    // The library takes a zero byte for the end of the text.
+    // The library treats a zero byte as the end of the text.
     if (utf8.find('\0') == std::string_view::npos
         && json::sax_parse(utf8.begin(), utf8.end(), &builder))
         return std::move(builder.value());

@@ -15,7 +15,7 @@ struct Error {
     std::string message;
 };
 
-/// A value, or the error that took its place.
+/// A value or an error.
 template <typename T> class [[nodiscard]] Result {
 public:
     Result(T value)

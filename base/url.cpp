@@ -30,8 +30,8 @@ bool escapesAreWhole(std::string_view text)
     return true;
 }
 
-// The host stands between the last "@" of the authority and its port. Brackets are allowed there
-// only as one pair around the whole host.
+// The host is between the last "@" of the authority and its port. Brackets are allowed only as one
+// pair around the whole host.
 bool bracketsAreBalanced(std::string_view text)
 {
     const auto slashes = text.find("//");

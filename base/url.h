@@ -7,8 +7,8 @@
 
 namespace zarn {
 
-/// A text that can be formed into a URL. Whether a request to it can succeed is another question:
-/// a missing or unknown scheme, an empty host or a port out of range are found when it is opened.
+/// A text that can be formed into a URL. A missing or unknown scheme, an empty host or a port out
+/// of range are allowed here: the request fails when the URL is opened.
 class Url {
 public:
     /// Nothing when `text` is empty or not UTF-8, holds a control character, a blank, one of
@@ -16,7 +16,7 @@ public:
     /// brackets around its host. Any thread.
     static std::optional<Url> fromText(std::string_view text);
 
-    /// The text as it was given.
+    /// The original text.
     const std::string& text() const { return m_text; }
 
 private:

@@ -13,7 +13,7 @@ struct Lead {
     unsigned char highest;
 };
 
-// The bounds of the second byte rule out overlong forms, surrogates and too large values.
+// The bounds of the second byte exclude overlong forms, surrogates and values above U+10FFFF.
 Lead leadOf(unsigned char byte)
 {
     if (byte < 0x80)

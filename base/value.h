@@ -20,7 +20,7 @@ struct Date {
 
 using Data = std::vector<std::uint8_t>;
 
-/// One value of a JSON text or a property list. Plain data: copyable, comparable, free of threads.
+/// One value of a JSON text or a property list. Plain data: copyable and comparable.
 /// Strings are UTF-8. Dictionaries iterate in ascending byte order of their keys.
 class Value {
 public:
@@ -73,7 +73,7 @@ public:
         : m_storage(std::move(value))
     {
     }
-    /// A pointer would silently become a boolean.
+    /// Otherwise a pointer would silently become a boolean.
     template <typename T> Value(T*) = delete;
 
     /// Each returns nullptr when the value is of another type; no conversion takes place.
@@ -100,7 +100,7 @@ private:
 /// The string under `key`, or nothing when the key is absent or holds another type.
 std::optional<std::string> stringMember(const Value::Dictionary& dictionary, std::string_view key);
 
-/// A faithful one-line rendering for diagnostics. Never called with secrets.
+/// A complete rendering on one line, for diagnostics. Never called with secrets.
 std::string describe(const Value& value);
 
 } // namespace zarn

@@ -7,6 +7,7 @@
 #include "platform/linux/settings/plist_settings.h"
 #include "platform/linux/text/icu_text.h"
 #include "profiles/profile_store.h"
+#include "profiles/settings_domains.h"
 
 #include <plist/plist.h>
 

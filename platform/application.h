@@ -11,7 +11,7 @@ namespace zarn {
 /// Modifier flags of the event being handled.
 inline constexpr unsigned modifierFlagOption = 524288;
 
-/// What the application asks its delegate. Main thread only.
+/// Receives the application's events. Main thread only.
 class ApplicationDelegate {
 public:
     virtual ~ApplicationDelegate() = default;
@@ -33,8 +33,8 @@ public:
     /// the delegate says so.
     virtual int run(ApplicationDelegate& delegate) = 0;
     virtual void activateIgnoringOtherApps() = 0;
-    /// Asks the application to end. Returns; the loop ends when control comes back to it, whatever
-    /// alert or sheet is open.
+    /// Ends the application: returns at once, and the event loop ends when control returns to it,
+    /// whatever alert or sheet is open.
     virtual void terminate() = 0;
     /// The program's own windows, in their order.
     virtual std::vector<Window*> windows() = 0;

@@ -21,7 +21,7 @@ struct TextRun {
     std::string text;
     Font font;
     TextColor color = TextColor::Black;
-    /// The address a click opens.
+    /// The address that a click opens.
     std::optional<std::string> link;
     bool operator==(const TextRun&) const = default;
 };

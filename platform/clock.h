@@ -20,7 +20,7 @@ class DateFormatter {
 public:
     virtual ~DateFormatter() = default;
 
-    /// `date` in an ICU date `pattern`, in the default locale and the time zone as it stands now.
+    /// `date` in an ICU date `pattern`, in the default locale and the current time zone.
     virtual std::string string(Date date, std::string_view pattern) const = 0;
 };
 

@@ -6,7 +6,7 @@
 namespace zarn {
 
 /// The program's standard output, for the few diagnostic lines that do not belong in the log.
-/// Any thread. Never given a secret.
+/// Any thread. Never receives a secret.
 class Console {
 public:
     virtual ~Console() = default;

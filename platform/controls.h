@@ -5,7 +5,6 @@
 
 #include <cstddef>
 #include <functional>
-#include <optional>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -59,7 +58,7 @@ public:
 enum class ImageName { RightFacingTriangleTemplate, TouchBarGoDownTemplate, AppIcon };
 
 /// A push button, check box or disclosure button. State is 1 for on, 0 for off; a disclosure
-/// button keeps any state it is given.
+/// button keeps any value.
 class Button : public Control {
 public:
     virtual void setTitle(std::string_view title) = 0;
@@ -67,9 +66,7 @@ public:
     virtual void setState(int state) = 0;
     virtual int state() const = 0;
     virtual void setImage(ImageName image) = 0;
-    virtual ImageName image() const = 0;
     virtual void setToolTip(std::string_view text) = 0;
-    virtual std::string toolTip() const = 0;
 };
 
 class PopUpButton : public Control {
@@ -110,13 +107,11 @@ class ProgressIndicator : public Control {
 public:
     virtual void startAnimation() = 0;
     virtual void stopAnimation() = 0;
-    virtual bool isAnimating() const = 0;
 };
 
 class ImageView : public Control {
 public:
     virtual void setImage(ImageName image) = 0;
-    virtual std::optional<ImageName> image() const = 0;
 };
 
 /// A text view for reading. Links can be clicked, reached by keyboard, and open in the browser.
@@ -125,7 +120,6 @@ public:
     virtual bool hasTextStorage() const = 0;
     /// Only with text storage.
     virtual void setAttributedText(const AttributedText& text) = 0;
-    virtual AttributedText attributedText() const = 0;
 };
 
 } // namespace zarn

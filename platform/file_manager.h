@@ -15,7 +15,7 @@ class FileHandle {
 public:
     virtual ~FileHandle() = default;
     virtual void seekToEndOfFile() = 0;
-    /// Writes all of `bytes` in one piece where the system allows it; a failure is not reported.
+    /// Writes all of `bytes`, in one piece where the system allows it. A failure is not reported.
     virtual void writeData(std::string_view bytes) = 0;
 };
 
@@ -27,14 +27,14 @@ public:
     /// The user's home directory, without a trailing "/".
     virtual std::string homeDirectory() const = 0;
     virtual bool fileExists(const std::string& path) const = 0;
-    /// Creates or empties a file for the user alone (0600), its folder (0700) included; false on
-    /// failure.
+    /// Creates or empties a file (mode 0600), and creates its folder (0700) where necessary. False
+    /// on failure.
     virtual bool createFile(const std::string& path) = 0;
     /// Opens an existing file for reading and writing, or nullptr.
     virtual std::unique_ptr<FileHandle> openForUpdating(const std::string& path) = 0;
-    /// The names in a folder, in no order, without "." and "..".
+    /// The names in a folder, in no particular order, without "." and "..".
     virtual Result<std::vector<std::string>> contentsOfDirectory(const std::string& path) const = 0;
-    /// Removes a file, or a folder with all that is in it. Does not follow links.
+    /// Removes a file, or a folder with its contents. Does not follow links.
     virtual Status removeItem(const std::string& path) = 0;
 };
 

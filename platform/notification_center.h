@@ -15,12 +15,12 @@ class DistributedNotificationCenter {
 public:
     virtual ~DistributedNotificationCenter() = default;
 
-    /// `observer` is an identity only and is never dereferenced.
+    /// `observer` only identifies the observer and is never dereferenced.
     virtual void addObserver(
         const void* observer, std::string_view name, std::function<void()> handler)
         = 0;
-    /// The handler is no longer called, not even by a delivery that is under way. Removing an
-    /// observer that was never added does nothing.
+    /// The handler is not called any more, not even by a delivery in progress. Removing an observer
+    /// that was never added does nothing.
     virtual void removeObserver(const void* observer, std::string_view name) = 0;
 };
 

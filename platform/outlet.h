@@ -8,7 +8,7 @@
 namespace zarn {
 
 /// A weak reference to a control that the storyboard connects by name.
-/// Using an outlet that was never connected stops the process and names the outlet.
+/// Using an outlet that was never connected stops the process; the error names the outlet.
 template <typename T> class Outlet {
 public:
     explicit Outlet(const char* name)

@@ -7,9 +7,9 @@ namespace zarn {
 
 /// The publisher's own texts and addresses, fixed when the program is built.
 struct ProductTexts {
-    /// https address of the page that lists the published version.
+    /// The https address of the page that lists the published version.
     std::string updateCheckPageUrl;
-    /// Without scheme; the link adds "https://".
+    /// Without a scheme; the link adds "https://".
     std::string feedbackAddress;
     std::string agreementTitle;
     std::string agreementUrl;

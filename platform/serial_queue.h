@@ -16,7 +16,7 @@ public:
 
     /// Any thread. Never runs `work` before it returns.
     virtual void async(std::function<void()> work) = 0;
-    /// Waits until everything submitted so far has run, at most `limit`; false when time ran out.
+    /// Waits until everything submitted so far has run, at most `limit`. False after a time-out.
     virtual bool drain(std::chrono::milliseconds limit) = 0;
     virtual const std::string& label() const = 0;
 };

@@ -12,9 +12,9 @@
 namespace zarn {
 
 /// One settings domain: a persistent map of key to property-list value, shared with other programs.
-/// Main thread only. Reads see what another process wrote. A write changes only the key it names,
-/// is durable and atomic when it returns, and is not reported when it fails (one line on standard
-/// error says so); the old contents survive then.
+/// Main thread only. Reads see what another process wrote. A write changes only the key that it
+/// names, and is durable and atomic when it returns. A failed write leaves the old contents and
+/// prints one line on standard error.
 class SettingsDomain {
 public:
     virtual ~SettingsDomain() = default;
@@ -43,8 +43,8 @@ class Settings {
 public:
     virtual ~Settings() = default;
 
-    /// The program's own domain. Looks at launch arguments, its own values and the desktop's global
-    /// values, in this order; writes go to its own values.
+    /// The program's own domain. A read searches the launch arguments, the domain's own values and
+    /// the desktop's global values, in this order; a write goes to the domain's own values.
     virtual SettingsDomain& standard() = 0;
     /// The shared suite `name`, or nullptr when it cannot be opened. Lives as long as this object.
     virtual SettingsDomain* suite(std::string_view name) = 0;

@@ -30,7 +30,7 @@ public:
     /// Called once, before the first instantiation.
     virtual void setViewControllerFactory(ViewControllerFactory factory) = 0;
     /// Loads the view and runs viewDidLoad; nothing is shown. nullptr when the identifier names no
-    /// window controller. Destroying the result without showing it leaves nothing behind.
+    /// window controller. Destroying the result without showing it frees everything.
     virtual std::unique_ptr<WindowController> instantiateController(std::string_view identifier)
         = 0;
     virtual std::unique_ptr<WindowController> instantiateInitialController() = 0;

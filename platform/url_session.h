@@ -28,17 +28,18 @@ struct HttpResponse {
     std::string body;
 };
 
-/// Nothing: no HTTP response came (no connection, time-out, malformed reply, body over the limit).
+/// Nothing when no HTTP response arrived (no connection, time-out, malformed reply, body over the
+/// limit).
 using DataTaskCompletion = std::function<void(std::optional<HttpResponse>)>;
 
 enum class ServerTrust {
     /// Verify the certificate against the system's store.
     Evaluate,
-    /// Use whatever certificate the server shows.
+    /// Accept any certificate.
     AcceptAny
 };
 
-/// Asked once by each session, on the main thread, before its first connection.
+/// Each session asks it once, on the main thread, before its first connection.
 class UrlSessionDelegate {
 public:
     virtual ~UrlSessionDelegate() = default;
@@ -68,7 +69,7 @@ public:
     /// a header or URL ends the request without a response. A body over 16 MiB is no response.
     virtual void dataTask(const UrlRequest& request, DataTaskCompletion completion) = 0;
 
-    /// Lets the running tasks finish; afterwards the session starts no new one.
+    /// Lets the running tasks finish; the session starts no new ones.
     virtual void finishTasksAndInvalidate() = 0;
 };
 

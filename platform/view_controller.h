@@ -20,15 +20,15 @@ public:
     virtual bool hasLayer() const = 0;
     /// Paints the layer in generic grey: level and alpha from 0 to 1.
     virtual void setLayerBackground(double greyLevel, double alpha) = 0;
-    /// In points, the menu bar excluded; larger where the user's font needs the room.
+    /// In points, without the menu bar; larger where the user's font needs the room.
     virtual void setPreferredContentSize(int width, int height) = 0;
     virtual void performSegue(std::string_view identifier) = 0;
     /// Takes the view off screen: ends a segue, or closes the window that shows it.
     virtual void dismissViewController() = 0;
 };
 
-/// Hands out the controls of a loaded view by their storyboard names; nullptr when there is none of
-/// that name and kind.
+/// Finds the controls of a loaded view by their storyboard names; nullptr when the view has no
+/// control of that name and kind.
 class OutletSource {
 public:
     virtual ~OutletSource() = default;
@@ -56,8 +56,8 @@ public:
     virtual void viewWillAppear() { }
     virtual void viewDidAppear() { }
     virtual void viewWillDisappear() { }
-    /// A control whose storyboard action is `action` was used. `button` is the control when it is a
-    /// button, else nullptr. False when the controller has no such action.
+    /// Called when a control with the storyboard action `action` was used. `button` is the control,
+    /// or nullptr when it is not a button. False when the controller has no such action.
     virtual bool performAction(std::string_view action, Button* button) = 0;
 
 protected:

@@ -17,8 +17,8 @@ struct WindowRecord {
 class WindowList {
 public:
     virtual ~WindowList() = default;
-    /// Windows of all programs, front to back where the display system tells; where it keeps them
-    /// private, the program's own only. Nothing only without a working display.
+    /// The windows of all programs, front to back where the display system gives an order. Where it
+    /// keeps them private: the program's own. Nothing only without a working display.
     virtual std::optional<std::vector<WindowRecord>> onScreen() const = 0;
 };
 

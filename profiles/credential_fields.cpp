@@ -5,6 +5,7 @@
 #include "platform/console.h"
 #include "platform/settings.h"
 #include "profiles/server_url.h"
+#include "profiles/settings_domains.h"
 
 namespace zarn {
 

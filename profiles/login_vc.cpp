@@ -10,6 +10,7 @@
 #include "platform/file_manager.h"
 #include "platform/notification_center.h"
 #include "platform/settings.h"
+#include "profiles/settings_domains.h"
 #include "profiles/status_line.h"
 
 #include <algorithm>
@@ -31,11 +32,31 @@ int buttonState(std::int64_t stored)
 LoginVC::LoginVC(const Deps& deps)
     : m_deps(deps)
     , m_store(deps.domains, deps.clock)
-    , m_fields({m_outlets, m_model, deps.connection, deps.domains, deps.credentials, deps.console,
-          [this](int width, int height) { view().setPreferredContentSize(width, height); }})
-    , m_menu({m_outlets, m_model, m_store, m_fields, deps.texts, deps.alerts, deps.application})
-    , m_update({m_outlets, m_model, m_store, m_menu, deps.connection, deps.credentials,
-          deps.makeTokenDelegate, deps.log, deps.alerts, deps.application})
+    , m_fields({.outlets = m_outlets,
+          .model = m_model,
+          .connection = deps.connection,
+          .domains = deps.domains,
+          .credentials = deps.credentials,
+          .console = deps.console,
+          .setPreferredContentSize
+          = [this](int width, int height) { view().setPreferredContentSize(width, height); }})
+    , m_menu({.outlets = m_outlets,
+          .model = m_model,
+          .store = m_store,
+          .fields = m_fields,
+          .texts = deps.texts,
+          .alerts = deps.alerts,
+          .application = deps.application})
+    , m_update({.outlets = m_outlets,
+          .model = m_model,
+          .store = m_store,
+          .menu = m_menu,
+          .connection = deps.connection,
+          .credentials = deps.credentials,
+          .makeTokenDelegate = deps.makeTokenDelegate,
+          .log = deps.log,
+          .alerts = deps.alerts,
+          .application = deps.application})
 {
 }
 
@@ -103,7 +124,8 @@ void LoginVC::listProfiles()
     auto& profiles = m_model.availableServersDict;
     bool found = false;
     // No profile has to be made of a remembered server: with an empty map none is remembered. The
-    // current name is a key of the map, the newest URL comes from it, and trimming never empties it.
+    // current name is a key of the map, the newest URL comes from it, and trimming never empties
+    // it.
     for (auto it = profiles.begin(); it != profiles.end();) {
         const auto& record = *it->second.dictionary();
         if (it->first.empty() || stringMember(record, "server").value_or("").starts_with('/')) {

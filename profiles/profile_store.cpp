@@ -4,6 +4,7 @@
 #include "base/fatal.h"
 #include "platform/clock.h"
 #include "platform/settings.h"
+#include "profiles/settings_domains.h"
 
 #include <algorithm>
 #include <utility>
@@ -27,20 +28,6 @@ const Value::Dictionary& recordOf(const ProfileMap::value_type& entry)
 }
 
 } // namespace
-
-SettingsDomain& SettingsDomains::standardDefaults()
-{
-    return m_settings.standard();
-}
-
-SettingsDomain& SettingsDomains::open(SettingsDomain*& domain, std::string_view name)
-{
-    if (!domain)
-        domain = m_settings.suite(name);
-    if (!domain)
-        fatalError("settings suite " + std::string(name) + " cannot be opened");
-    return *domain;
-}
 
 ProfileMap ProfileStore::loadProfiles()
 {

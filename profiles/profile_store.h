@@ -11,40 +11,13 @@
 namespace zarn {
 
 class Clock;
-class Settings;
-class SettingsDomain;
-
-inline constexpr std::string_view sharedProfileSuite = "group.R3V8N1P6WB.zarnie.SharedZPMA";
-inline constexpr std::string_view actionsSuite = "group.Q7X2M9K4TA.zarnactions";
+class SettingsDomains;
 
 /// Display name to record ("server": text, "date": date).
 using ProfileMap = Value::Dictionary;
 
 /// After trimming at most this many profiles are left.
 inline constexpr std::size_t profileTrimThreshold = 39;
-
-/// The settings domains, each opened once, on first use. A suite that cannot be opened stops the
-/// process. Main thread only.
-class SettingsDomains {
-public:
-    explicit SettingsDomains(Settings& settings)
-        : m_settings(settings)
-    {
-    }
-    SettingsDomain& sharedProfileDefaults()
-    {
-        return open(m_sharedProfileDefaults, sharedProfileSuite);
-    }
-    SettingsDomain& actionsDefaults() { return open(m_actionsDefaults, actionsSuite); }
-    SettingsDomain& standardDefaults();
-
-private:
-    SettingsDomain& open(SettingsDomain*& domain, std::string_view name);
-
-    Settings& m_settings;
-    SettingsDomain* m_sharedProfileDefaults = nullptr;
-    SettingsDomain* m_actionsDefaults = nullptr;
-};
 
 /// The stored profiles and which one is current. Holds nothing itself: callers pass the map they
 /// mirror. Main thread only.

@@ -6,6 +6,7 @@
 #include "platform/application.h"
 #include "platform/settings.h"
 #include "platform/text_services.h"
+#include "profiles/settings_domains.h"
 
 #include <algorithm>
 

@@ -258,10 +258,22 @@ Services LinuxPlatform::services()
 {
     auto& all = *m_adapters;
     auto& display = *all.display;
-    return {display.alertRunner, display.application, all.bundle, all.clock, all.console,
-        all.dateFormatter, display.portal, all.fileManager, display.keychain, all.serialQueues,
-        display.settings, display.application.storyboards(), all.textServices, display.urlSessions,
-        display.windowList, all.workspace};
+    return {.alertRunner = display.alertRunner,
+        .application = display.application,
+        .bundle = all.bundle,
+        .clock = all.clock,
+        .console = all.console,
+        .dateFormatter = all.dateFormatter,
+        .notificationCenter = display.portal,
+        .fileManager = all.fileManager,
+        .keychain = display.keychain,
+        .serialQueues = all.serialQueues,
+        .settings = display.settings,
+        .storyboards = display.application.storyboards(),
+        .textServices = all.textServices,
+        .urlSessions = display.urlSessions,
+        .windowList = display.windowList,
+        .workspace = all.workspace};
 }
 
 const ProductTexts& LinuxPlatform::productTexts() const

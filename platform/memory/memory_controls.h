@@ -161,13 +161,13 @@ public:
         record(image == ImageName::TouchBarGoDownTemplate ? "image down" : "image right");
         m_image = image;
     }
-    ImageName image() const override { return m_image; }
+    ImageName image() const { return m_image; }
     void setToolTip(std::string_view text) override
     {
         record("tooltip " + std::string(text));
         m_toolTip = text;
     }
-    std::string toolTip() const override { return m_toolTip; }
+    std::string toolTip() const { return m_toolTip; }
 
     /// The user clicks: a check box or disclosure button flips.
     void flip()
@@ -257,7 +257,7 @@ public:
         record("stop");
         m_animating = false;
     }
-    bool isAnimating() const override { return m_animating; }
+    bool isAnimating() const { return m_animating; }
 
 private:
     bool m_animating = false;
@@ -270,7 +270,7 @@ public:
         record("image");
         m_image = image;
     }
-    std::optional<ImageName> image() const override { return m_image; }
+    std::optional<ImageName> image() const { return m_image; }
 
 private:
     std::optional<ImageName> m_image;
@@ -285,7 +285,7 @@ public:
         m_text = text;
         ++timesFilled;
     }
-    AttributedText attributedText() const override { return m_text; }
+    AttributedText attributedText() const { return m_text; }
 
     /// What stands on the screen.
     std::string shownText() const;

@@ -54,9 +54,22 @@ struct MemoryPlatform {
 
     Services services()
     {
-        return {alertRunner, application, bundle, clock, console, dateFormatter, notificationCenter,
-            fileManager, keychain, serialQueues, settings, storyboards, textServices, urlSessions,
-            windowList, workspace};
+        return {.alertRunner = alertRunner,
+            .application = application,
+            .bundle = bundle,
+            .clock = clock,
+            .console = console,
+            .dateFormatter = dateFormatter,
+            .notificationCenter = notificationCenter,
+            .fileManager = fileManager,
+            .keychain = keychain,
+            .serialQueues = serialQueues,
+            .settings = settings,
+            .storyboards = storyboards,
+            .textServices = textServices,
+            .urlSessions = urlSessions,
+            .windowList = windowList,
+            .workspace = workspace};
     }
 };
 

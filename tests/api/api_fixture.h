@@ -76,8 +76,15 @@ protected:
     BundleTexts texts{bundle};
     LogFile logFile{{files, clock, dates}};
     WriteToLog log{logFile};
-    std::shared_ptr<TokenDelegate> delegate = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, sessions, settings.standard(), texts, clock, log, alerts, console});
+    std::shared_ptr<TokenDelegate> delegate
+        = std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
+            .sessions = sessions,
+            .standardDefaults = settings.standard(),
+            .texts = texts,
+            .clock = clock,
+            .log = log,
+            .alerts = alerts,
+            .console = console});
     std::vector<std::string> outcomes;
 };
 

@@ -42,8 +42,15 @@ protected:
     WatchingClock watching{[this] { looks.push_back(state()); }};
     LogFile file{{files, watching, dates}};
     WriteToLog watchedLog{file};
-    std::shared_ptr<TokenDelegate> client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, sessions, settings.standard(), texts, clock, watchedLog, alerts, console});
+    std::shared_ptr<TokenDelegate> client
+        = std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
+            .sessions = sessions,
+            .standardDefaults = settings.standard(),
+            .texts = texts,
+            .clock = clock,
+            .log = watchedLog,
+            .alerts = alerts,
+            .console = console});
 };
 
 TEST_F(StateOrderTest, ATokenIsAdoptedWholeBeforeItIsLoggedAndTheVersionStoredAfterItsLine)

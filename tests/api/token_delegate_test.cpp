@@ -256,8 +256,15 @@ private:
 TEST_F(TokenDelegateTest, TheCacheIsEmptiedBetweenTheTwoLogLinesOfARequest)
 {
     ObservedSessions observed(sessions, [this] { return logLines().size(); });
-    const auto client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, observed, settings.standard(), texts, clock, log, alerts, console});
+    const auto client
+        = std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
+            .sessions = observed,
+            .standardDefaults = settings.standard(),
+            .texts = texts,
+            .clock = clock,
+            .log = log,
+            .alerts = alerts,
+            .console = console});
     client->getToken("https://zarn.example", "", completion());
     EXPECT_EQ(observed.steps, (Lines{"cache at 1", "session at 2"}));
     client->getToken("not a URL", "", completion());
@@ -267,8 +274,15 @@ TEST_F(TokenDelegateTest, TheCacheIsEmptiedBetweenTheTwoLogLinesOfARequest)
 TEST_F(TokenDelegateTest, AnActionEmptiesTheCacheBeforeItsLogLine)
 {
     ObservedSessions observed(sessions, [this] { return logLines().size(); });
-    const auto client = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, observed, settings.standard(), texts, clock, log, alerts, console});
+    const auto client
+        = std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
+            .sessions = observed,
+            .standardDefaults = settings.standard(),
+            .texts = texts,
+            .clock = clock,
+            .log = log,
+            .alerts = alerts,
+            .console = console});
     client->action({"https://zarn.example", "icon", "", {}, "", "get"}, [](const auto&) {});
     EXPECT_EQ(observed.steps, (Lines{"cache at 0", "session at 1"}));
 }

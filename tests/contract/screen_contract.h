@@ -10,6 +10,7 @@
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -53,6 +54,9 @@ public:
 
     [[nodiscard]] virtual bool isShown(std::string_view control) = 0;
     virtual std::string shownText(std::string_view control) = 0;
+    /// The image of a button or an image view; nothing when it shows none.
+    virtual std::optional<ImageName> shownImage(std::string_view control) = 0;
+    virtual std::string toolTip(std::string_view button) = 0;
     /// Whether the window of that title has the keyboard, now or soon.
     [[nodiscard]] virtual bool isInFront(std::string_view title) = 0;
     /// Width and height, without the menu bar.

@@ -10,6 +10,7 @@
 #include "profiles/credentials.h"
 #include "profiles/login_vc.h"
 #include "profiles/profile_store.h"
+#include "profiles/settings_domains.h"
 #include "profiles/status_line.h"
 
 #include <gtest/gtest.h>
@@ -68,10 +69,19 @@ protected:
     void load(WriteToLog& flowLog)
     {
         memory::layOut("LoginVC", window.outlets);
-        auto made = std::make_unique<LoginVC>(LoginVC::Deps{connection, domains, platform.clock,
-            platform.textServices, logFile, flowLog, alerts, platform.application, platform.console,
-            platform.notificationCenter, [this] { return makeCredentials(); },
-            [this] { return makeTokenDelegate(); }, statusLine});
+        auto made = std::make_unique<LoginVC>(LoginVC::Deps{.connection = connection,
+            .domains = domains,
+            .clock = platform.clock,
+            .texts = platform.textServices,
+            .logFile = logFile,
+            .log = flowLog,
+            .alerts = alerts,
+            .application = platform.application,
+            .console = platform.console,
+            .notificationCenter = platform.notificationCenter,
+            .credentials = [this] { return makeCredentials(); },
+            .makeTokenDelegate = [this] { return makeTokenDelegate(); },
+            .status = statusLine});
         login = made.get();
         window.controller = std::move(made);
         login->setView(&window.view);
@@ -86,9 +96,14 @@ protected:
     }
     std::shared_ptr<TokenDelegate> makeTokenDelegate()
     {
-        return std::make_shared<TokenDelegate>(
-            TokenDelegate::Deps{connection, platform.urlSessions, domains.standardDefaults(),
-                bundleTexts, platform.clock, log, alerts, platform.console});
+        return std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
+            .sessions = platform.urlSessions,
+            .standardDefaults = domains.standardDefaults(),
+            .texts = bundleTexts,
+            .clock = platform.clock,
+            .log = log,
+            .alerts = alerts,
+            .console = platform.console});
     }
 
     memory::MemorySettingsDomain& shared()

@@ -20,26 +20,6 @@ protected:
 
 using ProfileStoreDeathTest = ProfileStoreTest;
 
-TEST_F(ProfileStoreTest, TheSuitesHaveTheirFixedNames)
-{
-    domains.sharedProfileDefaults().set("a", 1);
-    domains.actionsDefaults().set("b", 2);
-    domains.standardDefaults().set("c", 3);
-    EXPECT_EQ(events(),
-        (std::vector<std::string>{"set group.R3V8N1P6WB.zarnie.SharedZPMA a",
-            "set group.Q7X2M9K4TA.zarnactions b", "set standard c"}));
-}
-
-TEST_F(ProfileStoreDeathTest, ASuiteThatCannotBeOpenedStopsTheProcess)
-{
-    platform.settings.broken = {"group.R3V8N1P6WB.zarnie.SharedZPMA"};
-    EXPECT_DEATH(domains.sharedProfileDefaults(),
-        "fatal: settings suite group.R3V8N1P6WB.zarnie.SharedZPMA cannot be opened\n");
-    platform.settings.broken = {"group.Q7X2M9K4TA.zarnactions"};
-    EXPECT_DEATH(domains.actionsDefaults(),
-        "fatal: settings suite group.Q7X2M9K4TA.zarnactions cannot be opened\n");
-}
-
 TEST_F(ProfileStoreTest, AnAbsentMapIsReplacedByAnEmptyOne)
 {
     EXPECT_TRUE(store.loadProfiles().empty());

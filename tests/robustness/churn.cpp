@@ -133,9 +133,22 @@ private:
     Services services()
     {
         const auto memory = m_memory.services();
-        return {memory.alertRunner, memory.application, memory.bundle, m_clock, memory.console,
-            m_dates, memory.notificationCenter, m_files, m_keychain, m_queues, m_settings,
-            memory.storyboards, m_texts, memory.urlSessions, memory.windowList, memory.workspace};
+        return {.alertRunner = memory.alertRunner,
+            .application = memory.application,
+            .bundle = memory.bundle,
+            .clock = m_clock,
+            .console = memory.console,
+            .dateFormatter = m_dates,
+            .notificationCenter = memory.notificationCenter,
+            .fileManager = m_files,
+            .keychain = m_keychain,
+            .serialQueues = m_queues,
+            .settings = m_settings,
+            .storyboards = memory.storyboards,
+            .textServices = m_texts,
+            .urlSessions = memory.urlSessions,
+            .windowList = memory.windowList,
+            .workspace = memory.workspace};
     }
 
     memory::MemoryPlatform m_memory;

@@ -28,7 +28,7 @@ bool writeAll(int descriptor, std::string_view bytes)
     return true;
 }
 
-// How many bytes of the file there were; nothing on failure.
+// The number of bytes read; nothing on failure.
 std::optional<std::size_t> readAll(int descriptor, std::string& buffer)
 {
     std::size_t filled = 0;
@@ -50,7 +50,7 @@ FileStamp stampFrom(const struct stat& status)
         status.st_mtim.tv_sec * 1'000'000'000 + status.st_mtim.tv_nsec, status.st_size};
 }
 
-// chmod too, because the umask takes rights away.
+// The umask may have removed rights.
 bool makeFolder(const std::string& path)
 {
     return retrying([&] { return ::mkdir(path.c_str(), 0700); }) == 0
@@ -87,7 +87,7 @@ std::string utcNow()
 
 Status syncFolder(const std::string& folder)
 {
-    // The folder itself may be a link of the user's.
+    // The user may have made the folder itself a link.
     const auto file = Descriptor::open(folder + "/.", O_RDONLY | O_DIRECTORY);
     if (!file.ok() || retrying([&] { return ::fsync(file.get()); }) != 0)
         return failure("cannot flush", folder);
@@ -99,7 +99,7 @@ Status syncFolder(const std::string& folder)
 Error failure(const std::string& what, const std::string& path, int number)
 {
     const auto code = number == ENOENT ? ErrorCode::NotFound : ErrorCode::Io;
-    // Only opening without following links ends in ELOOP, and the system's own words mislead.
+    // ELOOP comes only from opening without following links, where the system's text is misleading.
     const char* reason = number == ELOOP ? "it is a symbolic link" : std::strerror(number);
     return {code, what + " " + path + ": " + reason};
 }

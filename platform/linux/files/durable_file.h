@@ -14,7 +14,7 @@
 /// Any thread.
 namespace zarn::linux_backend {
 
-/// Tells two states of a file apart. All zero: there is no file.
+/// Identifies one state of a file. All zero when the file does not exist.
 struct FileStamp {
     std::uint64_t device = 0;
     std::uint64_t inode = 0;
@@ -47,8 +47,8 @@ Status makePrivateFolder(const std::string& path);
 /// standard error. For folders that only this program uses.
 Status makeOwnFolder(const std::string& path);
 
-/// A regular file with its contents. NotFound: there is none. Links are refused. A file that others
-/// could read is made private, with one line on standard error.
+/// A regular file with its contents. NotFound when it does not exist. Links are refused. A file
+/// that others could read is made private, with one line on standard error.
 Result<PrivateFile> openPrivateFile(const std::string& path, std::size_t limit);
 Result<std::string> readPrivateFile(const std::string& path, std::size_t limit);
 
@@ -57,11 +57,11 @@ Result<std::string> readPrivateFile(const std::string& path, std::size_t limit);
 /// what a killed writer left behind.
 Result<HeldFile> replacePrivateFile(const std::string& path, std::string_view contents);
 
-/// Removes a file for good (the folder is flushed). Success when there is none.
+/// Removes a file durably. Success when it does not exist.
 Status removePrivateFile(const std::string& path);
 
 /// Renames the damaged file at `path` to `<path>.damaged-<time>` and returns that name. Call with
-/// the lock held, and only after the file was found damaged under it.
+/// the lock held, after reading the damaged contents under that lock.
 Result<std::string> setDamagedFileAside(const std::string& path);
 
 /// "<what> <path>: <reason>", for an error number of the system.

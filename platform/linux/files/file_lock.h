@@ -13,8 +13,8 @@ namespace zarn::linux_backend {
 /// releases it when its holder ends, however it ends. Any thread.
 class FileLock {
 public:
-    /// Waits for the lock on `path` + ".lock", at most `limit` (then ErrorCode::Unavailable). Who
-    /// waits has no place in a line. Makes the folder when it is not there.
+    /// Waits for the lock on `path` + ".lock", at most `limit` (then ErrorCode::Unavailable).
+    /// Waiters are not served in turn. Makes the folder when it does not exist.
     static Result<FileLock> acquire(const std::string& path, std::chrono::milliseconds limit);
 
 private:

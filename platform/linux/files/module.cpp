@@ -17,7 +17,7 @@ namespace {
 {
     warn("the installation is broken: " + reason);
     std::fflush(stdout);
-    // Other threads are at work: nothing may be destroyed under them.
+    // Other threads are running, so no destructor may run.
     std::_Exit(EXIT_FAILURE);
 }
 

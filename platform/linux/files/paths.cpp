@@ -52,9 +52,6 @@ Paths Paths::fromEnvironment()
     paths.config = folder("XDG_CONFIG_HOME", "/.config");
     paths.data = folder("XDG_DATA_HOME", "/.local/share");
     paths.state = folder("XDG_STATE_HOME", "/.local/state");
-    paths.runtime = absoluteFromEnvironment("XDG_RUNTIME_DIR");
-    if (paths.runtime.empty())
-        paths.runtime = paths.state;
     return paths;
 }
 

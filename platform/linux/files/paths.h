@@ -6,7 +6,7 @@
 
 namespace zarn::linux_backend {
 
-/// Where this user's files are. Empty folders mean that there is no home directory.
+/// The folders of this user's files; empty without a home directory.
 struct Paths {
     /// HOME, else the home directory of the password database; absolute, without trailing "/".
     std::string home;
@@ -16,8 +16,6 @@ struct Paths {
     std::string data;
     /// $XDG_STATE_HOME/zarn-actions (default ~/.local/state).
     std::string state;
-    /// $XDG_RUNTIME_DIR when it is absolute, else the state folder.
-    std::string runtime;
 
     static Paths fromEnvironment();
 };

@@ -42,8 +42,7 @@ public:
     }
 
 private:
-    // A full disk must not leave half of what was to be written, unless somebody has written behind
-    // it meanwhile.
+    // On a full disk no partial write stays behind, unless another process has appended to it.
     void takeBack(off_t written) const
     {
         const auto end = ::lseek(m_file.get(), 0, SEEK_CUR);
@@ -73,7 +72,7 @@ bool PosixFileManager::createFile(const std::string& path)
 
 std::unique_ptr<FileHandle> PosixFileManager::openForUpdating(const std::string& path)
 {
-    // Appending makes lines of several writers land whole and behind each other.
+    // In append mode lines of several writers do not overwrite each other.
     auto file = Descriptor::open(path, O_RDWR | O_APPEND | O_NONBLOCK);
     if (!file.ok())
         return nullptr;

@@ -25,8 +25,8 @@ public:
     Status removeItem(const std::string& path) override;
 
 private:
-    /// Takes others their rights to a file of ours, once: looking at it before each line would make
-    /// every write as expensive again, since the file system then has to tell their times apart.
+    /// Makes a file private once. Checking it before each line would double the cost of a write,
+    /// because the file system then has to keep more precise times.
     void makePrivate(int descriptor, const std::string& path);
 
     std::string m_home;

@@ -19,8 +19,8 @@ struct ThreadSerialQueue::State {
 
 namespace {
 
-/// Best effort. Not SCHED_IDLE: a busy machine may starve such a thread for longer than the time
-/// that termination grants the queue, and an accepted write would be lost.
+/// Best effort. Not SCHED_IDLE: a busy machine may starve such a thread for longer than the queue
+/// has at termination, and an accepted write would be lost.
 void lowerPriority()
 {
     const sched_param parameters{};
@@ -30,7 +30,7 @@ void lowerPriority()
 
 void nameThread(const std::string& label)
 {
-    // The kernel keeps 15 bytes; the end of a reverse domain name tells more than its beginning.
+    // The kernel keeps 15 bytes; the end of a reverse domain name says more than its beginning.
     const auto tail = label.size() > 15 ? label.substr(label.size() - 15) : label;
     ::pthread_setname_np(::pthread_self(), tail.c_str());
 }
@@ -87,7 +87,7 @@ void ThreadSerialQueue::run(const std::shared_ptr<State>& state, const std::stri
         state->work.pop_front();
         lock.unlock();
         work();
-        work = nullptr; // what it holds ends here, not under the lock
+        work = nullptr; // destroyed here, not under the lock
         lock.lock();
         ++state->finished;
         state->changed.notify_all();

@@ -16,8 +16,8 @@ class ThreadSerialQueue final : public SerialQueue {
 public:
     explicit ThreadSerialQueue(
         std::string label, std::chrono::milliseconds drainLimit = std::chrono::seconds(10));
-    /// Drains within the limit. Work that is still running then keeps its thread to itself; work
-    /// that has not begun is dropped.
+    /// Drains within the limit. Afterwards work that is still running continues on its detached
+    /// thread, and work that has not begun is dropped.
     ~ThreadSerialQueue() override;
     ThreadSerialQueue(const ThreadSerialQueue&) = delete;
     ThreadSerialQueue& operator=(const ThreadSerialQueue&) = delete;

@@ -8,7 +8,8 @@
 
 namespace zarn::linux_backend {
 
-/// What the desktop says to every program, such as "AppleInterfaceStyle". Main thread only.
+/// Values that the desktop provides to every program, such as "AppleInterfaceStyle". Main thread
+/// only.
 class GlobalValues {
 public:
     virtual ~GlobalValues() = default;

@@ -22,7 +22,7 @@ constexpr double secondsTo2001 = 978307200;
 constexpr double firstSecond = -std::numeric_limits<std::int32_t>::max();
 constexpr double lastSecond = std::numeric_limits<std::int32_t>::max();
 
-// The parser reads and writes numbers in the locale of the thread.
+// The library reads and writes numbers in the locale of the thread.
 class PlainLocale {
 public:
     PlainLocale()
@@ -44,8 +44,8 @@ private:
 
 enum class Tag { Other, Opening, Empty, Closing, Odd };
 
-// What a container's tag at `at` does. One with attributes, or cut off, is odd: nobody writes them,
-// and the parser must not see a nesting that was not counted.
+// The kind of the container's tag at `at`. One with attributes, or incomplete, is odd: no program
+// writes such tags, and the library's parser must not see nesting that was not counted.
 Tag tagAt(std::string_view xml, std::size_t at)
 {
     auto rest = xml.substr(at + 1);
@@ -62,7 +62,7 @@ Tag tagAt(std::string_view xml, std::size_t at)
     return !closing && rest.starts_with("/>") ? Tag::Empty : Tag::Odd;
 }
 
-// How deeply dictionaries and arrays are nested; nothing when they do not close.
+// The nesting depth of dictionaries and arrays; nothing when they are not balanced.
 std::optional<int> depthOf(std::string_view xml)
 {
     int depth = 0;
@@ -86,7 +86,7 @@ bool endsWhole(std::string_view xml)
     return xml.ends_with("</plist>");
 }
 
-// The bytes of the character at the start of `text`, 0 when XML cannot hold it.
+// The length of the character at the start of `text`; 0 when XML cannot hold it.
 std::size_t xmlCharacter(std::string_view text)
 {
     const auto lead = static_cast<unsigned char>(text[0]);
@@ -217,7 +217,8 @@ Value dateOf(plist_t node)
     std::int32_t seconds = 0;
     std::int32_t microseconds = 0;
     plist_get_date_val(node, &seconds, &microseconds);
-    // What does not fit reads so, before and after alike. The future is what no profile is lost by.
+    // The library returns this for every date out of range, early or late. As a late one it never
+    // makes a profile the oldest, which would be removed.
     if (seconds == std::numeric_limits<std::int32_t>::min())
         return Date{secondsTo2001 + lastSecond};
     return Date{secondsTo2001 + seconds};
@@ -267,7 +268,8 @@ std::string xmlOf(plist_t node)
     plist_to_xml(node, &text, &length);
     std::string result(text ? text : "", length);
     plist_to_xml_free(text);
-    // The library writes a carriage return as it is, and every reader of XML makes it a line feed.
+    // The library writes a carriage return unescaped, and every XML parser turns that into a line
+    // feed.
     for (auto at = result.find('\r'); at != std::string::npos; at = result.find('\r', at))
         result.replace(at, 1, "&#13;");
     return result;

@@ -24,8 +24,8 @@ public:
     PlistDocument(const PlistDocument&) = delete;
     PlistDocument& operator=(const PlistDocument&) = delete;
 
-    /// Malformed: no whole XML property list of a dictionary, or nested deeper than 128. Checked
-    /// before the parser sees it, because the parser recurses.
+    /// Malformed: not a complete XML property list of a dictionary. TooLarge: nested deeper than
+    /// 128, which is checked first because the library's parser is recursive.
     static Result<PlistDocument> parse(const std::string& xml);
     std::string xml() const;
 
@@ -35,7 +35,7 @@ public:
     bool set(std::string_view key, const Value& value);
     void remove(std::string_view key);
     bool contains(std::string_view key) const;
-    /// The whole document; what `Value` cannot hold is left out.
+    /// The whole document, without what `Value` cannot hold.
     Value::Dictionary dictionary() const;
 
 private:

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t largestFile = std::size_t{256} << 20;
 constexpr std::chrono::milliseconds longLockWait{5000};
-// After a lock that was not released in time, and for a read that found damage.
+// After a lock was not released in time, and for a read that finds damage.
 constexpr std::chrono::milliseconds shortLockWait{1000};
 
 bool isPlainName(std::string_view name)
@@ -119,7 +119,7 @@ Status PlistDomain::change(const std::function<bool(PlistDocument&)>& apply)
         return Success{};
     auto written = replacePrivateFile(m_path, m_seen->document.xml());
     if (!written) {
-        // The document holds what the file does not.
+        // The document was changed and the file was not.
         m_seen.reset();
         return written.error();
     }

@@ -15,8 +15,8 @@
 namespace zarn::linux_backend {
 
 /// One domain: a property-list file, replaced as a whole under a lock. A file that does not parse
-/// reads as empty and is renamed. After a read that failed nothing is written until one succeeds:
-/// what would be written may stem from the failure. Main thread only.
+/// reads as empty and is renamed. After a failed read nothing is written until a read
+/// succeeds: what the caller would write may be based on the failed one. Main thread only.
 class PlistDomain final : public SettingsDomain {
 public:
     explicit PlistDomain(std::string path)
@@ -28,7 +28,7 @@ public:
     void set(std::string_view key, const Value& value) override;
     void remove(std::string_view key) override;
 
-    /// The same with an outcome, for tools.
+    /// The same with a result, for tools.
     Status trySet(std::string_view key, const Value& value);
     Status tryRemove(std::string_view key);
     /// Every key and value.
@@ -47,12 +47,12 @@ private:
 
     std::string m_path;
     mutable std::shared_ptr<Seen> m_seen;
-    // What the last read failed with; "" after one that succeeded.
+    // The error of the last read; "" after a success.
     mutable std::string m_readFailure;
     bool m_lockTimedOut = false;
 };
 
-/// The domains in a folder, one file each, and the layers of the standard one. Main thread only.
+/// The domains in a folder, one file each; the standard one has layers. Main thread only.
 class PlistSettings final : public Settings {
 public:
     /// `globalValues` may be absent and outlives this.
@@ -63,7 +63,7 @@ public:
     PlistSettings& operator=(const PlistSettings&) = delete;
 
     SettingsDomain& standard() override;
-    /// nullptr for a name that is no plain file name, and when the folder cannot be made.
+    /// nullptr when the name is not a plain file name or the folder cannot be created.
     SettingsDomain* suite(std::string_view name) override;
     PlistDomain* domain(std::string_view name);
 
@@ -76,7 +76,7 @@ private:
     std::unique_ptr<StandardDomain> m_standard;
 };
 
-/// "-key value" pairs of a command line as texts; a key without a value is left out.
+/// The "-key value" pairs of a command line, as texts. A key without a value is ignored.
 Value::Dictionary launchArgumentsOf(const std::vector<std::string>& arguments);
 
 } // namespace zarn::linux_backend

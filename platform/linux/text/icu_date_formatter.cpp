@@ -17,7 +17,7 @@ namespace zarn::linux_backend {
 
 namespace {
 
-// What the system's time zone depends on.
+// Everything that determines the system's time zone.
 std::string systemZoneStamp()
 {
     struct stat link { };
@@ -28,8 +28,8 @@ std::string systemZoneStamp()
         + std::to_string(link.st_mtim.tv_nsec) + ' ' + std::to_string(target.st_ino);
 }
 
-// What the time zone depends on. Asking it for each line is far cheaper than a new formatter, and
-// the system once a second is often enough.
+// Everything that determines the time zone. Comparing it for each line is far cheaper than a new
+// formatter; the system's part is read once a second.
 class ZoneStamp {
 public:
     bool hasChanged()
@@ -60,7 +60,7 @@ private:
     std::chrono::steady_clock::time_point m_asked;
 };
 
-// ICU takes the TZ variable as it takes the system's setting.
+// ICU treats the TZ variable like the system's setting.
 std::unique_ptr<icu::TimeZone> currentTimeZone()
 {
     return std::unique_ptr<icu::TimeZone>(icu::TimeZone::detectHostTimeZone());
@@ -74,7 +74,7 @@ icu::Locale dateLocale()
             continue;
         std::string name(value);
         name = name.substr(0, name.find('.'));
-        // The plain C locale speaks English.
+        // In the plain C locale names are English.
         return name == "C" || name == "POSIX" ? icu::Locale("en", "US", "POSIX")
                                               : icu::Locale(name.c_str());
     }
@@ -87,7 +87,7 @@ struct IcuDateFormatter::Cache {
     std::mutex mutex;
     ZoneStamp zone;
     std::map<std::string, std::unique_ptr<icu::SimpleDateFormat>, std::less<>> formats;
-    // A log line's text changes once a second.
+    // The text of a log line's time changes once a second.
     std::string lastPattern;
     double lastSecond = 0;
     std::string lastText;

@@ -21,7 +21,7 @@ icu::UnicodeString unicode(std::string_view text)
     return icu::UnicodeString::fromUTF8({text.data(), static_cast<std::int32_t>(text.size())});
 }
 
-// The name that decides, in the order of the C library, without its encoding.
+// The locale's name, searched in the C library's order, without its encoding.
 std::string collationLocaleName()
 {
     for (const char* variable : {"LC_ALL", "LC_COLLATE", "LANG"}) {
@@ -148,7 +148,7 @@ std::optional<std::string> IcuTextServices::firstMatch(
     icu::RegexMatcher matcher(unicode(pattern), input, 0, status);
     if (U_FAILURE(status))
         return std::nullopt;
-    // Bounds for hostile pages: steps of the engine (about a second), and bytes of its stack.
+    // Limits for hostile pages: the engine's steps (about a second) and the bytes of its stack.
     matcher.setTimeLimit(1000, status);
     matcher.setStackLimit(8 << 20, status);
     if (!matcher.find(status) || U_FAILURE(status))

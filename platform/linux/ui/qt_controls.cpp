@@ -162,7 +162,6 @@ int QtButton::state() const
 
 void QtButton::setImage(ImageName image)
 {
-    m_image = image;
     if (auto* arrow = qobject_cast<QToolButton*>(&widget()))
         arrow->setArrowType(
             image == ImageName::TouchBarGoDownTemplate ? Qt::DownArrow : Qt::RightArrow);
@@ -172,11 +171,6 @@ void QtButton::setToolTip(std::string_view text)
 {
     widget().setToolTip(toQt(text));
     widget().setAccessibleName(toQt(text));
-}
-
-std::string QtButton::toolTip() const
-{
-    return widget().toolTip().toStdString();
 }
 
 QtProgressIndicator::QtProgressIndicator(QProgressBar* bar)
@@ -203,9 +197,8 @@ void QtProgressIndicator::stopAnimation()
     widget().hide();
 }
 
-void QtImageView::setImage(ImageName image)
+void QtImageView::setImage(ImageName)
 {
-    m_image = image;
     const QIcon icon(":/icons/AppIcon.png");
     widget().setPixmap(icon.pixmap(widget().maximumSize(), widget().devicePixelRatioF()));
 }

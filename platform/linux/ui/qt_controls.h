@@ -89,16 +89,13 @@ public:
     void setState(int state) override;
     int state() const override;
     void setImage(ImageName image) override;
-    ImageName image() const override { return m_image; }
     void setToolTip(std::string_view text) override;
-    std::string toolTip() const override;
 
 private:
     bool isDisclosure() const;
 
     int m_state = 0;
     bool m_settingFromCode = false;
-    ImageName m_image = ImageName::RightFacingTriangleTemplate;
 };
 
 class QtPopUpButton final : public QtControlOf<PopUpButton, QComboBox> {
@@ -153,7 +150,6 @@ public:
     bool isHidden() const override { return m_hidden; }
     void startAnimation() override;
     void stopAnimation() override;
-    bool isAnimating() const override { return m_animating; }
 
 private:
     bool m_animating = false;
@@ -164,10 +160,6 @@ class QtImageView final : public QtControlOf<ImageView, QLabel> {
 public:
     using QtControlOf::QtControlOf;
     void setImage(ImageName image) override;
-    std::optional<ImageName> image() const override { return m_image; }
-
-private:
-    std::optional<ImageName> m_image;
 };
 
 class QtTextView final : public QtControlOf<TextView, NoticeBrowser> {
@@ -175,10 +167,6 @@ public:
     QtTextView(NoticeBrowser* browser, std::function<void(const std::string&)> openLink);
     bool hasTextStorage() const override { return true; }
     void setAttributedText(const AttributedText& text) override;
-    AttributedText attributedText() const override { return m_text; }
-
-private:
-    AttributedText m_text;
 };
 
 } // namespace zarn::linux_backend

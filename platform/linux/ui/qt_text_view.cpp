@@ -39,7 +39,6 @@ QtTextView::QtTextView(NoticeBrowser* browser, std::function<void(const std::str
 
 void QtTextView::setAttributedText(const AttributedText& text)
 {
-    m_text = text;
     widget().clear();
     QTextCursor cursor(widget().document());
     cursor.beginEditBlock();

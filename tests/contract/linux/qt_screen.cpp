@@ -9,6 +9,7 @@
 #include <QAccessible>
 #include <QApplication>
 #include <QComboBox>
+#include <QLabel>
 #include <QLineEdit>
 #include <QMainWindow>
 #include <QMenu>
@@ -16,6 +17,7 @@
 #include <QTest>
 #include <QTextBlock>
 #include <QTextBrowser>
+#include <QToolButton>
 #include <QWindow>
 
 namespace zarn::linux_backend {
@@ -308,6 +310,22 @@ std::string QtScreenFixture::shownText(std::string_view control)
     return QAccessible::queryAccessibleInterface(widget)
         ->text(isPopUp ? QAccessible::Value : QAccessible::Name)
         .toStdString();
+}
+
+std::optional<ImageName> QtScreenFixture::shownImage(std::string_view control)
+{
+    auto* widget = find<QWidget>(control);
+    if (const auto* button = qobject_cast<QToolButton*>(widget))
+        return button->arrowType() == Qt::DownArrow ? ImageName::TouchBarGoDownTemplate
+                                                    : ImageName::RightFacingTriangleTemplate;
+    const auto* view = qobject_cast<QLabel*>(widget);
+    return view && !view->pixmap(Qt::ReturnByValue).isNull() ? std::optional(ImageName::AppIcon)
+                                                             : std::nullopt;
+}
+
+std::string QtScreenFixture::toolTip(std::string_view button)
+{
+    return find<QWidget>(button)->toolTip().toStdString();
 }
 
 bool QtScreenFixture::isInFront(std::string_view title)

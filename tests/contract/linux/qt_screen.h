@@ -37,6 +37,8 @@ public:
 
     bool isShown(std::string_view control) override;
     std::string shownText(std::string_view control) override;
+    std::optional<ImageName> shownImage(std::string_view control) override;
+    std::string toolTip(std::string_view button) override;
     bool isInFront(std::string_view title) override;
     std::pair<int, int> contentSize() override;
     int layerGrey() override;

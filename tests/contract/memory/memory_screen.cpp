@@ -85,6 +85,8 @@ public:
 
     bool isShown(std::string_view control) override;
     std::string shownText(std::string_view control) override;
+    std::optional<ImageName> shownImage(std::string_view control) override;
+    std::string toolTip(std::string_view button) override;
     bool isInFront(std::string_view title) override;
     std::pair<int, int> contentSize() override;
     int layerGrey() override;
@@ -166,9 +168,11 @@ bool MemoryScreenFixture::clickLink(std::string_view textView, std::string_view 
 bool MemoryScreenFixture::isShown(std::string_view control)
 {
     auto& outlets = front().outlets;
-    const Control* candidates[] = {outlets.label(control), outlets.textField(control),
-        outlets.button(control), outlets.popUpButton(control), outlets.progressIndicator(control),
-        outlets.imageView(control), outlets.textView(control)};
+    if (outlets.progressIndicator(control))
+        return outlets.spinner.isAnimating() && !outlets.spinner.isHidden();
+    const Control* candidates[]
+        = {outlets.label(control), outlets.textField(control), outlets.button(control),
+            outlets.popUpButton(control), outlets.imageView(control), outlets.textView(control)};
     for (const auto* candidate : candidates) {
         if (candidate)
             return !candidate->isHidden();
@@ -192,6 +196,19 @@ std::string MemoryScreenFixture::shownText(std::string_view control)
         return popUp->titleOfSelectedItem();
     ADD_FAILURE() << "there is no " << control;
     return "";
+}
+
+std::optional<ImageName> MemoryScreenFixture::shownImage(std::string_view control)
+{
+    auto& outlets = front().outlets;
+    if (outlets.button(control))
+        return outlets.buttonNamed(control).image();
+    return outlets.imageViewNamed(control).image();
+}
+
+std::string MemoryScreenFixture::toolTip(std::string_view button)
+{
+    return front().outlets.buttonNamed(button).toolTip();
 }
 
 bool MemoryScreenFixture::isInFront(std::string_view title)

@@ -14,7 +14,6 @@ protected:
     ScopedVariable config{"XDG_CONFIG_HOME", ""};
     ScopedVariable data{"XDG_DATA_HOME", ""};
     ScopedVariable state{"XDG_STATE_HOME", ""};
-    ScopedVariable runtime{"XDG_RUNTIME_DIR", ""};
 };
 
 TEST_F(PathsTest, FoldersLieInTheHomeDirectoryByDefault)
@@ -24,7 +23,6 @@ TEST_F(PathsTest, FoldersLieInTheHomeDirectoryByDefault)
     EXPECT_EQ(paths.config, "/h/me/.config/zarn-actions");
     EXPECT_EQ(paths.data, "/h/me/.local/share/zarn-actions");
     EXPECT_EQ(paths.state, "/h/me/.local/state/zarn-actions");
-    EXPECT_EQ(paths.runtime, paths.state);
 }
 
 TEST_F(PathsTest, TheEnvironmentNamesOtherFolders)
@@ -32,12 +30,10 @@ TEST_F(PathsTest, TheEnvironmentNamesOtherFolders)
     config.set("/c/");
     data.set("/d");
     state.set("/s//");
-    runtime.set("/run/user/1");
     const auto paths = Paths::fromEnvironment();
     EXPECT_EQ(paths.config, "/c/zarn-actions");
     EXPECT_EQ(paths.data, "/d/zarn-actions");
     EXPECT_EQ(paths.state, "/s/zarn-actions");
-    EXPECT_EQ(paths.runtime, "/run/user/1");
 }
 
 TEST_F(PathsTest, ARelativeFolderCountsAsUnset)
@@ -45,12 +41,10 @@ TEST_F(PathsTest, ARelativeFolderCountsAsUnset)
     config.set("config");
     data.set("./d");
     state.set("~/s");
-    runtime.set("run");
     const auto paths = Paths::fromEnvironment();
     EXPECT_EQ(paths.config, "/h/me/.config/zarn-actions");
     EXPECT_EQ(paths.data, "/h/me/.local/share/zarn-actions");
     EXPECT_EQ(paths.state, "/h/me/.local/state/zarn-actions");
-    EXPECT_EQ(paths.runtime, paths.state);
 }
 
 TEST_F(PathsTest, WithoutHomeThePasswordDatabaseIsAsked)

@@ -96,8 +96,15 @@ protected:
     HttpClient client;
     LoopbackServer server{[this](const Request& request) { return answer(request); }};
     const std::string host = server.http().substr(7);
-    std::shared_ptr<TokenDelegate> underTest = std::make_shared<TokenDelegate>(TokenDelegate::Deps{
-        connection, *client.sessions, settings.standard(), texts, clock, log, alerts, console});
+    std::shared_ptr<TokenDelegate> underTest
+        = std::make_shared<TokenDelegate>(TokenDelegate::Deps{.connection = connection,
+            .sessions = *client.sessions,
+            .standardDefaults = settings.standard(),
+            .texts = texts,
+            .clock = clock,
+            .log = log,
+            .alerts = alerts,
+            .console = console});
     int validations = 0;
 };
 
