@@ -94,12 +94,7 @@ void WriteToLog::writeEntry(std::string_view message)
     m_logFileW = std::move(opened);
     if (!m_logFileW)
         return;
-    std::string line;
-    line.reserve(message.size() + 24);
-    line += m_file.logTimestamp("entry");
-    line += ' ';
-    line += message;
-    line += '\n';
+    const auto line = m_file.logTimestamp("entry") + ' ' + std::string(message) + '\n';
     m_logFileW->seekToEndOfFile();
     m_logFileW->writeData(line);
 }
