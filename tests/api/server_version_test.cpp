@@ -137,16 +137,8 @@ TEST_F(GetVersionTest, AVersionWithoutABuildLeavesTheLastBuildText)
 
 // --- Edge cases
 
-class VersionEdgeCases : public ApiFixture {
+class VersionEdgeCases : public GetVersionTest {
 protected:
-    void getVersion(const Value::Dictionary& reply, bool forceBasic = false)
-    {
-        connection.authScheme = "Bearer";
-        connection.bearerTokenActive = true;
-        connection.token = "token";
-        delegate->getVersion(
-            reply, {forceBasic, "https://zarn.example", "Q3JlZHM=", completion(), 201});
-    }
     void expectScheme(const char* version, const char* scheme)
     {
         outcomes.clear();

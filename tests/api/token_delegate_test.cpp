@@ -419,18 +419,7 @@ TEST_F(TokenDelegateTest, ALongReplyIsCutBetweenCharactersInTheLog)
 
 // --- Edge cases
 
-class TokenEdgeCases : public ApiFixture {
-protected:
-    void getToken(const std::string& server = "https://zarn.example")
-    {
-        delegate->getToken(server, connection.base64Creds, completion());
-    }
-    void useUsername()
-    {
-        connection.useApiClient = 0;
-        connection.base64Creds = "YWRtaW46cHc=";
-    }
-};
+using TokenEdgeCases = TokenDelegateTest;
 
 TEST_F(TokenEdgeCases, AServerUrlThatEndsInASlashYieldsASingleSlashBeforeApi)
 {

@@ -21,24 +21,6 @@ protected:
         "https://publisher.example/releases"}};
 };
 
-TEST_F(MyAlertTest, AnAlertWithoutASecondButtonHasOkAlone)
-{
-    EXPECT_EQ(alert.display("Header", "Message", ""), "OK");
-    EXPECT_EQ(lastAlert().messageText, "Header");
-    EXPECT_EQ(lastAlert().informativeText, "Message");
-    EXPECT_EQ(lastAlert().style, AlertStyle::Warning);
-    EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"OK"}));
-    EXPECT_EQ(lastAlert().buttons[0].keyEquivalent, "");
-}
-
-TEST_F(MyAlertTest, ASecondButtonHasTheKeyVAndOkHasReturn)
-{
-    EXPECT_EQ(alert.display("", "Sure?", "Cancel"), "OK");
-    EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"OK", "Cancel"}));
-    EXPECT_EQ(lastAlert().buttons[0].keyEquivalent, "\r");
-    EXPECT_EQ(lastAlert().buttons[1].keyEquivalent, "v");
-}
-
 TEST_F(MyAlertTest, TheAnswerIsTheTitleOfThePressedButton)
 {
     const struct {
@@ -57,23 +39,6 @@ TEST_F(MyAlertTest, TheApplicationComesToTheFrontBeforeTheAlert)
 {
     alert.display("H", "m", "");
     EXPECT_EQ(events(), (std::vector<std::string>{"activate", "alert H|m"}));
-}
-
-TEST_F(MyAlertTest, AnUpdateIsOfferedWithViewAndIgnore)
-{
-    platform.alertRunner.answers = {alertSecondButtonReturn};
-    alert.showUpdateResult(true, "1.4.2");
-    EXPECT_EQ(lastAlert().messageText, "Running Zarn Actions: 1.4.2");
-    EXPECT_EQ(lastAlert().informativeText, "A new versions is available.");
-    EXPECT_EQ(lastAlert().style, AlertStyle::Informational);
-    EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"View", "Ignore"}));
-    for (const auto& button : lastAlert().buttons)
-        EXPECT_EQ(button.keyEquivalent, "") << button.title;
-    EXPECT_TRUE(platform.workspace.openedUrls.empty()); // "Ignore" does nothing.
-    // Not brought to the front: the check was asked for here.
-    EXPECT_EQ(events(),
-        (std::vector<std::string>{
-            "alert Running Zarn Actions: 1.4.2|A new versions is available."}));
 }
 
 TEST_F(MyAlertTest, ViewOpensTheUpdateCheckPage)
@@ -106,38 +71,42 @@ TEST_F(MyAlertTest, NoUpdateIsToldWithOkAlone)
 
 // --- Edge cases
 
-class AlertEdgeCases : public AppTest {
-protected:
-    MyAlert alert{
-        {platform.alertRunner, platform.application, platform.workspace, texts.updateCheckPageUrl}};
-};
+using AlertEdgeCases = MyAlertTest;
 
 TEST_F(AlertEdgeCases, AnAlertWithAnEmptySecondTitleShowsOneButtonAndAnswersOk)
 {
-    EXPECT_EQ(alert.display("H", "M", ""), "OK");
-    EXPECT_EQ(platform.alertRunner.shown.front().buttons.size(), 1U);
+    EXPECT_EQ(alert.display("Header", "Message", ""), "OK");
+    EXPECT_EQ(lastAlert().messageText, "Header");
+    EXPECT_EQ(lastAlert().informativeText, "Message");
+    EXPECT_EQ(lastAlert().style, AlertStyle::Warning);
+    EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"OK"}));
+    EXPECT_EQ(lastAlert().buttons[0].keyEquivalent, "");
 }
 
 TEST_F(AlertEdgeCases, TheSecondButtonAnswersItsTitleAndHasTheKeyVWhileReturnPressesOk)
 {
     platform.alertRunner.answers = {alertSecondButtonReturn};
-    EXPECT_EQ(alert.display("H", "M", "Quit"), "Quit");
-    const auto& buttons = platform.alertRunner.shown.front().buttons;
-    ASSERT_EQ(buttons.size(), 2U);
-    EXPECT_EQ(buttons[0].title, "OK");
-    EXPECT_EQ(buttons[0].keyEquivalent, "\r");
-    EXPECT_EQ(buttons[1].title, "Quit");
-    EXPECT_EQ(buttons[1].keyEquivalent, "v");
+    EXPECT_EQ(alert.display("", "Sure?", "Quit"), "Quit");
+    EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"OK", "Quit"}));
+    EXPECT_EQ(lastAlert().buttons[0].keyEquivalent, "\r");
+    EXPECT_EQ(lastAlert().buttons[1].keyEquivalent, "v");
 }
 
 TEST_F(AlertEdgeCases, AnAvailableUpdateIsShownWithViewFirstAndIgnoreSecond)
 {
+    platform.alertRunner.answers = {alertSecondButtonReturn};
     alert.showUpdateResult(true, "1.4.2");
-    const auto& shown = platform.alertRunner.shown.front();
-    EXPECT_EQ(shown.informativeText, "A new versions is available.");
-    ASSERT_EQ(shown.buttons.size(), 2U);
-    EXPECT_EQ(shown.buttons[0].title, "View");
-    EXPECT_EQ(shown.buttons[1].title, "Ignore");
+    EXPECT_EQ(lastAlert().messageText, "Running Zarn Actions: 1.4.2");
+    EXPECT_EQ(lastAlert().informativeText, "A new versions is available.");
+    EXPECT_EQ(lastAlert().style, AlertStyle::Informational);
+    EXPECT_EQ(buttonTitles(), (std::vector<std::string>{"View", "Ignore"}));
+    for (const auto& button : lastAlert().buttons)
+        EXPECT_EQ(button.keyEquivalent, "") << button.title;
+    EXPECT_TRUE(platform.workspace.openedUrls.empty()); // "Ignore" does nothing.
+    // Not brought to the front: the check was asked for here.
+    EXPECT_EQ(events(),
+        (std::vector<std::string>{
+            "alert Running Zarn Actions: 1.4.2|A new versions is available."}));
 }
 
 } // namespace

@@ -3,17 +3,14 @@
 
 #include "base/base64.h"
 #include "tests/profiles/flow_fixture.h"
-#include "tests/profiles/login_fixture.h"
 
 namespace zarn {
 
 namespace {
 
 constexpr const char* tokenReply = R"({"token":"t0k3n"})";
-constexpr const char* clientTokenReply = R"({"access_token":"t0k3n"})";
-constexpr const char* versionReply = R"({"version":"10.40.0"})";
 
-class ServerUpdateTest : public LoginTest {
+class ServerUpdateTest : public FlowTest {
 protected:
     /// Two profiles, "A" current, in username mode.
     void loadProfiles()
@@ -32,24 +29,6 @@ protected:
         typeServer(url);
         typeCredentials("id", "secret");
         events().clear();
-    }
-    void pressUpdate() { click("updateServerInfo_Button"); }
-    void answerSuccess()
-    {
-        platform.urlSessions.reply(
-            200, connection.useApiClient == 1 ? clientTokenReply : tokenReply);
-        if (connection.serverVersion.empty())
-            platform.urlSessions.reply(200, versionReply);
-        platform.urlSessions.deliverAll();
-    }
-    void addSuccessfully(const std::string& name, const std::string& url)
-    {
-        choose("Add Server...");
-        type("displayName_TextField", name);
-        typeServer(url);
-        typeCredentials("id", "secret");
-        pressUpdate();
-        answerSuccess();
     }
     std::vector<std::string> eventsOf(std::string_view prefix) const
     {
@@ -106,7 +85,7 @@ TEST_F(ServerUpdateTest, AClickDisablesAndAsksTheServerInThisOrder)
     loadProfiles();
     typeCredentials("admin", "secret");
     recordControls();
-    pressUpdate();
+    press();
     EXPECT_EQ(events(),
         (std::vector<std::string>{"quit_Button disabled", "spinner_PI start",
             "zarnProServer_textfield not editable", "updateServerInfo_Button disabled",
@@ -118,7 +97,7 @@ TEST_F(ServerUpdateTest, TheFieldsGoIntoTheConnectionStateExactlyAsTyped)
 {
     loadAddMode("New", " https://h:8443// ");
     typeCredentials("n\xc3\xa4me", "p:w");
-    pressUpdate();
+    press();
     EXPECT_EQ(connection.serverUrl, " https://h:8443// ");
     EXPECT_EQ(connection.username, "n\xc3\xa4me");
     EXPECT_EQ(connection.password, "p:w");
@@ -129,7 +108,7 @@ TEST_F(ServerUpdateTest, CredentialsAreEncodedInBothModes)
 {
     loadAddMode("New", "https://h");
     ASSERT_EQ(connection.useApiClient, 1);
-    pressUpdate();
+    press();
     EXPECT_EQ(connection.base64Creds, "aWQ6c2VjcmV0");
     EXPECT_EQ(platform.urlSessions.requests.front().body,
         "grant_type=client_credentials&client_id=id&client_secret=secret");
@@ -138,18 +117,9 @@ TEST_F(ServerUpdateTest, CredentialsAreEncodedInBothModes)
 TEST_F(ServerUpdateTest, ASecondClickWhileWaitingIsNotPossible)
 {
     loadProfiles();
-    pressUpdate();
+    press();
     EXPECT_FALSE(window.click("updateServerInfo_Button"));
     EXPECT_EQ(platform.urlSessions.requests.size(), 1U);
-}
-
-TEST_F(ServerUpdateTest, ABlankNameIsAskedForInTheseWords)
-{
-    loadAddMode("", "https://host:8443/");
-    alerts.answers = {"Cancel"};
-    pressUpdate();
-    EXPECT_EQ(alerts.shown,
-        (std::vector<std::string>{"Attention:|Display name cannot be blank.\nUse host?|Cancel"}));
 }
 
 TEST_F(ServerUpdateTest, CancellingTheQuestionStopsWithTheSpinnerRunning)
@@ -157,7 +127,7 @@ TEST_F(ServerUpdateTest, CancellingTheQuestionStopsWithTheSpinnerRunning)
     loadAddMode("", "https://host:8443");
     alerts.answers = {"Cancel"};
     recordControls();
-    pressUpdate();
+    press();
     EXPECT_EQ(events(),
         (std::vector<std::string>{"quit_Button disabled", "spinner_PI start",
             "alert Attention:|Display name cannot be blank.\nUse host?|Cancel"}));
@@ -172,9 +142,9 @@ TEST_F(ServerUpdateTest, ALaterClickThatCompletesRestoresTheButtons)
 {
     loadAddMode("", "https://host");
     alerts.answers = {"Cancel"};
-    pressUpdate();
+    press();
     type("displayName_TextField", "Named");
-    pressUpdate();
+    press();
     answerSuccess();
     expectIdle(false);
 }
@@ -182,7 +152,7 @@ TEST_F(ServerUpdateTest, ALaterClickThatCompletesRestoresTheButtons)
 TEST_F(ServerUpdateTest, AnAcceptedHostBecomesTheDisplayName)
 {
     loadAddMode("", "https://host:8443");
-    pressUpdate();
+    press();
     EXPECT_EQ(nameText(), "host");
     answerSuccess();
     EXPECT_TRUE(storedProfiles().contains("host"));
@@ -193,7 +163,7 @@ TEST_F(ServerUpdateTest, TheHostIsTakenFromTheFieldAgainAfterTheQuestion)
 {
     loadAddMode("", "https://before");
     alerts.whileOpen = [this] { typeServer("https://after"); };
-    pressUpdate();
+    press();
     EXPECT_EQ(alerts.shown.front(), "Attention:|Display name cannot be blank.\nUse before?|Cancel");
     EXPECT_EQ(nameText(), "after");
 }
@@ -201,7 +171,7 @@ TEST_F(ServerUpdateTest, TheHostIsTakenFromTheFieldAgainAfterTheQuestion)
 TEST_F(ServerUpdateTest, ANameOfBlanksIsAName)
 {
     loadAddMode(" ", "https://host");
-    pressUpdate();
+    press();
     EXPECT_TRUE(alerts.shown.empty());
     answerSuccess();
     EXPECT_TRUE(storedProfiles().contains(" "));
@@ -211,7 +181,7 @@ TEST_F(ServerUpdateTest, SetLetsABlankNameThrough)
 {
     loadProfiles();
     field("displayName_TextField").type("");
-    pressUpdate();
+    press();
     EXPECT_TRUE(alerts.shown.empty());
     expectWaiting();
     answerSuccess();
@@ -232,7 +202,7 @@ TEST_F(ServerUpdateTest, TheTitleOfTheSenderDecidesAboutTheQuestion)
 TEST_F(ServerUpdateTest, AnAddedServerIsSavedAndShownInThisOrder)
 {
     loadAddMode("New", "https://new:8443/");
-    pressUpdate();
+    press();
     recordControls();
     answerSuccess();
     std::erase_if(events(), [](const std::string& event) {
@@ -256,7 +226,7 @@ TEST_F(ServerUpdateTest, BothSecretsAreHandedOverBeforeTheProfileIsSaved)
     loadAddMode("New", "https://new");
     queue.events = &events();
     for (int round = 0; round < 2; ++round) { // An add, then a set.
-        pressUpdate();
+        press();
         events().clear();
         answerSuccess();
         std::erase_if(events(), [](const std::string& event) {
@@ -274,7 +244,7 @@ TEST_F(ServerUpdateTest, BothSecretsAreHandedOverBeforeTheProfileIsSaved)
 TEST_F(ServerUpdateTest, AnAddedServerIsWhereOtherProgramsFindIt)
 {
     loadAddMode("New", "https://new:8443/");
-    pressUpdate();
+    press();
     answerSuccess();
     queue.runAll();
     EXPECT_EQ(storedProfiles(),
@@ -296,7 +266,7 @@ TEST_F(ServerUpdateTest, TheSecretsAreSavedWhateverTheSaveCredentialsBoxSays)
         loadProfiles();
         button("saveCreds_button").setState(state);
         typeCredentials("admin", "secret" + std::to_string(state));
-        pressUpdate();
+        press();
         answerSuccess();
         EXPECT_EQ(queue.pending(), 2U);
         queue.runAll();
@@ -311,7 +281,7 @@ TEST_F(ServerUpdateTest, ASetServerChangesNoProfile)
     const auto before = storedProfiles();
     typeCredentials("new admin", "secret");
     recordControls();
-    pressUpdate();
+    press();
     answerSuccess();
     EXPECT_EQ(storedProfiles(), before);
     EXPECT_EQ(eventsOf("set "),
@@ -326,7 +296,7 @@ TEST_F(ServerUpdateTest, ASetServerChangesNoProfile)
 TEST_F(ServerUpdateTest, AddingUnderAnExistingNameReplacesTheProfileWhole)
 {
     loadProfiles();
-    addSuccessfully("A", "https://elsewhere");
+    addServer("A", "https://elsewhere");
     EXPECT_EQ(storedProfiles().at("A"),
         Value(profileRecord("https://elsewhere", platform.clock.time.secondsSince1970)));
     EXPECT_EQ(storedProfiles().size(), 2U);
@@ -342,7 +312,7 @@ TEST_F(ServerUpdateTest, AddingUnderAnExistingNameReplacesTheProfileWhole)
 TEST_F(ServerUpdateTest, AnAddedNameIsSortedIn)
 {
     loadProfiles();
-    addSuccessfully("Aa", "https://x");
+    addServer("Aa", "https://x");
     EXPECT_EQ(window.outlets.popUp.shownItems(),
         (std::vector<std::string>{"A", "Aa", "B", "-", "Add Server..."}));
     EXPECT_EQ(selectedTitle(), "Aa");
@@ -353,7 +323,7 @@ TEST_F(ServerUpdateTest, TheResultMessageNamesTheChosenItem)
     loadProfiles();
     choose("B");
     field("displayName_TextField").type("typed over");
-    pressUpdate();
+    press();
     answerSuccess();
     EXPECT_EQ(alerts.shown.back(), "|B was successfully set|Quit");
     EXPECT_EQ(actions().values.at("currentServer"), Value("typed over"));
@@ -363,7 +333,7 @@ TEST_F(ServerUpdateTest, AnUnreachableServerIsLoggedAndShown)
 {
     loadProfiles();
     recordControls();
-    pressUpdate();
+    press();
     platform.urlSessions.replyNothing();
     events().clear();
     platform.urlSessions.deliverAll();
@@ -393,7 +363,7 @@ TEST_F(ServerUpdateTest, RejectedCredentialsAreLoggedAndShown)
     };
     loadProfiles();
     for (const auto& row : rows) {
-        pressUpdate();
+        press();
         platform.urlSessions.reply(row.status, "");
         platform.urlSessions.deliverAll();
         EXPECT_EQ(logMessages().back(), row.logLine);
@@ -407,7 +377,7 @@ TEST_F(ServerUpdateTest, RejectedCredentialsAreLoggedAndShown)
 TEST_F(ServerUpdateTest, AFailedAddSavesNothingAndStaysInAddMode)
 {
     loadAddMode("New", "https://new");
-    pressUpdate();
+    press();
     platform.urlSessions.reply(401, "");
     platform.urlSessions.deliverAll();
     EXPECT_TRUE(storedProfiles().empty());
@@ -422,7 +392,7 @@ TEST_F(ServerUpdateTest, AFailedAddSavesNothingAndStaysInAddMode)
 TEST_F(ServerUpdateTest, AnyOtherResultIsSilentAndLeavesTheServerFieldLocked)
 {
     loadProfiles();
-    pressUpdate();
+    press();
     platform.urlSessions.reply(200, "no JSON");
     const auto logged = logMessages().size();
     platform.urlSessions.deliverAll();
@@ -436,7 +406,7 @@ TEST_F(ServerUpdateTest, AnyOtherResultIsSilentAndLeavesTheServerFieldLocked)
 TEST_F(ServerUpdateTest, AUrlThatCannotBeFormedRestoresTheButtonsAtOnce)
 {
     loadAddMode("New", "https://with blank");
-    pressUpdate();
+    press();
     EXPECT_TRUE(platform.urlSessions.requests.empty());
     EXPECT_TRUE(alerts.shown.empty());
     expectIdle(false);
@@ -445,7 +415,7 @@ TEST_F(ServerUpdateTest, AUrlThatCannotBeFormedRestoresTheButtonsAtOnce)
 TEST_F(ServerUpdateTest, AValidationThatNeverCallsBackLeavesTheViewWaiting)
 {
     loadProfiles();
-    pressUpdate();
+    press();
     platform.urlSessions.reply(200, tokenReply);
     platform.urlSessions.reply(200, R"({"version":""})");
     platform.urlSessions.deliverAll();
@@ -457,7 +427,7 @@ TEST_F(ServerUpdateTest, QuitInTheResultAlertEndsTheApplicationBetweenTheTwoButt
 {
     loadProfiles();
     for (const int status : {0, 401, 200}) {
-        pressUpdate();
+        press();
         recordControls();
         alerts.answers = {"Quit"};
         if (status == 200) {
@@ -478,7 +448,7 @@ TEST_F(ServerUpdateTest, QuitInTheResultAlertEndsTheApplicationBetweenTheTwoButt
 TEST_F(ServerUpdateTest, OkInTheResultAlertDoesNotEndTheApplication)
 {
     loadProfiles();
-    pressUpdate();
+    press();
     answerSuccess();
     EXPECT_TRUE(eventsOf("terminate").empty());
 }
@@ -487,10 +457,10 @@ TEST_F(ServerUpdateTest, AQuitOfAnEarlierClickIsForgotten)
 {
     loadProfiles();
     alerts.answers = {"Quit"};
-    pressUpdate();
+    press();
     platform.urlSessions.deliverAll();
     events().clear();
-    pressUpdate();
+    press();
     platform.urlSessions.reply(200, "no JSON");
     platform.urlSessions.deliverAll();
     EXPECT_TRUE(eventsOf("terminate").empty());
@@ -499,7 +469,7 @@ TEST_F(ServerUpdateTest, AQuitOfAnEarlierClickIsForgotten)
 TEST_F(ServerUpdateTest, AReplyAfterTheViewIsGoneDoesNothing)
 {
     loadProfiles();
-    pressUpdate();
+    press();
     window.controller.reset();
     const auto before = storedProfiles();
     answerSuccess();
@@ -512,7 +482,7 @@ TEST_F(ServerUpdateTest, AProfileIsSavedWhateverTheKeychainSays)
 {
     platform.keychain.addStatus = keychain_status::interactionNotAllowed;
     loadAddMode("New", "https://new");
-    pressUpdate();
+    press();
     answerSuccess();
     queue.runAll();
     EXPECT_TRUE(keychainItems().empty());
@@ -524,7 +494,7 @@ TEST_F(ServerUpdateTest, NoSecretReachesLogConsoleOrSettings)
 {
     loadAddMode("New", "https://new");
     typeCredentials("id", "pl4nted");
-    pressUpdate();
+    press();
     answerSuccess();
     queue.runAll();
     for (const auto* text : {"pl4nted", "cGw0bnRlZA", "aWQ6cGw0bnRlZA", "t0k3n"}) {
