@@ -24,6 +24,7 @@
 
 #include <array>
 #include <cstdlib>
+#include <mutex>
 #include <string_view>
 #include <thread>
 #include <utility>
@@ -66,8 +67,14 @@ std::function<void()>& displayLost()
 // connection it exits at once.
 void handleToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
-    if (message.contains("connection broke") && displayLost())
-        std::exchange(displayLost(), nullptr)();
+    const bool isLost
+        = message.contains("connection broke") || message.contains("connection experienced");
+    if (isLost && displayLost()) {
+        // A second thread of the toolkit that notices it waits here instead of exiting.
+        static std::mutex first;
+        const std::lock_guard lock(first);
+        displayLost()();
+    }
     const bool isGrave = type == QtCriticalMsg || type == QtFatalMsg;
     if (isGrave || std::getenv("QT_LOGGING_RULES"))
         warn(message.toStdString());

@@ -49,8 +49,8 @@ public:
 
     Services services();
     const ProductTexts& productTexts() const;
-    /// `work` ends the process when the display goes away, as it does at the end of a session. No
-    /// event loop runs any more then.
+    /// `work` ends the process when the display goes away, as it does at the end of a session. Any
+    /// thread; no event loop runs any more then.
     void setDisplayLost(std::function<void()> work);
     /// The event loop has ended. A start from now on waits for the end of this process.
     void announceEnding();

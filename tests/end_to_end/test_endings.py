@@ -112,20 +112,23 @@ class Endings(WorldTest):
         wait_for(lambda: "About" in self.screen.window_titles(), "the About window")
         self.check_end()
 
-    def test_a_request(self):
-        server = self.start_server()
-        server.fault(path=TOKEN, delay_ms="60000")
+    def add_server(self, server):
         self.start(server)
         self.screen.fill("Display Name:", "Demo")
         self.screen.fill("Server URL:", server.url)
         self.screen.fill("Client ID:", DemoServer.CLIENT)
         self.screen.fill("Client Secret:", DemoServer.SECRET, role="password text")
         self.screen.press("Add")
+
+    def test_a_request(self):
+        server = self.start_server()
+        server.fault(path=TOKEN, delay_ms="60000")
+        self.add_server(server)
         wait_for(server.requests, "the request to arrive")
         self.check_end()
 
-    def test_a_call_of_the_keychain(self):
-        keyring = subprocess.Popen([os.path.join(SUPPORT, "hostile_keyring"), "silent"], stdout=subprocess.PIPE,
+    def serve_keyring(self, mode):
+        keyring = subprocess.Popen([os.path.join(SUPPORT, "hostile_keyring"), mode], stdout=subprocess.PIPE,
                                    stderr=subprocess.PIPE, text=True)
         self.addCleanup(keyring.stderr.close)
         self.addCleanup(keyring.stdout.close)
@@ -133,6 +136,18 @@ class Endings(WorldTest):
         self.addCleanup(keyring.kill)
         self.assertEqual(keyring.stdout.readline(), "ready\n")
         self.arguments = ["--keychain=secret-service"]
+        return keyring
+
+    def test_a_write_to_the_keychain_that_waits_for_the_user_is_done_first(self):
+        keyring = self.serve_keyring("answered=3")
+        self.add_server(self.start_server())
+        self.assertEqual(self.screen.alert().texts, ["Demo was successfully set"])
+        self.check_end()
+        keyring.kill()
+        self.assertEqual(keyring.stderr.read().split().count("CreateItem"), 2)
+
+    def test_a_call_of_the_keychain(self):
+        keyring = self.serve_keyring("silent")
         self.add_profiles("First", "Second")
         self.start()
         self.screen.choose("Second")
