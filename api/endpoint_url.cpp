@@ -10,7 +10,6 @@ std::string collapseApiSlashes(std::string_view text)
 {
     constexpr std::string_view doubled = "//api";
     std::string collapsed;
-    collapsed.reserve(text.size());
     for (auto at = text.find(doubled); at != std::string_view::npos; at = text.find(doubled)) {
         collapsed += text.substr(0, at);
         collapsed += doubled.substr(1);

@@ -94,6 +94,18 @@ TEST_F(ApiActionTest, TheHeaderIsAlwaysBearer)
     EXPECT_EQ(sessions.requests[0].timeout, std::chrono::seconds(60));
 }
 
+TEST_F(ApiActionTest, AMissingResponseIsLoggedBeforeItsCompletion)
+{
+    std::vector<std::string> linesBefore;
+    sessions.replyNothing();
+    delegate->action({"https://zarn.example", "computers", "", {}, "", "get"},
+        [&](const Value::Dictionary&) { linesBefore = logLines(); });
+    sessions.deliverAll();
+    ASSERT_FALSE(linesBefore.empty());
+    EXPECT_EQ(
+        linesBefore.back(), "[TokenDelegate.getVersion] GET response error.  Verify url and port.");
+}
+
 TEST_F(ApiActionTest, NoResponseGivesAnEmptyObject)
 {
     sessions.replyNothing();

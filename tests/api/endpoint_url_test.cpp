@@ -25,6 +25,7 @@ TEST(EndpointUrl, DoubledSlashesBeforeApiCollapse)
     EXPECT_EQ(collapseApiSlashes("https://h///api"), "https://h//api");
     EXPECT_EQ(collapseApiSlashes("//api//api"), "/api/api");
     EXPECT_EQ(collapseApiSlashes("https://h/x"), "https://h/x");
+    EXPECT_EQ(collapseApiSlashes("https://h//apt"), "https://h//apt");
 }
 
 TEST(EndpointUrl, MillionsOfDoubledSlashesCollapseInOnePass)
