@@ -25,10 +25,10 @@ std::int64_t decimalOrZero(std::string_view text)
         if (text.starts_with('-'))
             return 0;
     }
+    // What is no number, or too large, leaves the zero alone.
     std::int64_t number = 0;
     const auto* end = text.data() + text.size();
-    const auto [stop, error] = std::from_chars(text.data(), end, number);
-    return error == std::errc() && stop == end ? number : 0;
+    return std::from_chars(text.data(), end, number).ptr == end ? number : 0;
 }
 
 std::optional<ServerVersion> ServerVersion::parse(std::string_view text)
