@@ -10,12 +10,17 @@ import urllib.parse
 
 from gi.repository import Gio, GLib
 
+from accessibility_bus import AccessibilityBus
+from screen import keys, type_text, wait_for
 from world import WorldTest, keychain_items
 
 # Each has characters that every encoding changes, and is long enough not to occur by chance.
 REJECTED = 'rejected-Ünicode+/"\\&%word'
 PASSWORD = 'planted-pässword/+"\\%&end'
 SECRET = "planted-client-Sécret-only-letters"
+# Typed key by key. No other text that is typed here has a letter of it.
+TYPED = 'QZjx7K+/"\\&% VBk'
+TYPED_USER = "wrong"
 
 
 def base64_forms(secret):
@@ -54,13 +59,15 @@ def files_below(folder):
 
 
 class Secrets(WorldTest):
-    SECRETS = (REJECTED, PASSWORD, SECRET)
+    SECRETS = (REJECTED, PASSWORD, SECRET, TYPED)
 
     def setUp(self):
         super().setUp()
         self.accept_terms()
         self.server = self.start_server("--user", "planter", "--password", PASSWORD, "--client-id", "planted-id",
                                         "--client-secret", SECRET)
+        self.bus = AccessibilityBus()
+        self.addCleanup(self.bus.end)
 
     def assert_clean(self, what, data):
         self.assertEqual(leaks(data, self.SECRETS), [], what)
@@ -97,6 +104,19 @@ class Secrets(WorldTest):
         forms = sum(len(found) for secret in self.SECRETS for found in encodings(secret).values())
         print(f"{len(seen)} files with {size} bytes searched for {len(self.SECRETS)} secrets in {forms} forms: clean")
 
+    def assert_nothing_is_heard(self):
+        """Of all messages of the accessibility bus but those with which this test fills the fields."""
+        messages = [message for message in self.bus.messages() if message.member != "SetTextContents"]
+        for message in messages:
+            self.assert_clean(f"{message.interface}.{message.member} {message.values}", message.raw)
+        self.assert_clean("what a screen reader hears", json.dumps(self.bus.heard(), ensure_ascii=False).encode())
+        letters = set(TYPED) - {" "}  # The space bar also opens the server menu.
+        for message in messages:
+            if message.is_event or message.key is not None:
+                self.assertEqual(letters & set(message.texts), set(), message.values)
+                self.assertNotIn(message.key, set(map(ord, letters)), message.values)
+        print(f"{len(messages)} messages of the accessibility bus searched, {len(self.bus.heard())} of them heard: clean")
+
     def start(self, *arguments):
         self.program = self.start_program(*arguments, server=self.server).wait_for_window()
         self.screen = self.program.screen
@@ -108,10 +128,44 @@ class Secrets(WorldTest):
         self.assert_clean("standard output", self.program.output().encode())
         self.assert_clean("standard error", self.program.errors().encode())
 
+    def type_into(self, role, label, text):
+        self.screen.focus(role, label)
+        wait_for(lambda: self.screen.focused() == (role, label), f"{label} to have the keyboard")
+        keys("ctrl+a", "BackSpace")
+        field = self.screen.control(role, label).get_text_iface()
+        wait_for(lambda: field.get_character_count() == 0, f"{label} to be empty")
+        before = len(self.bus.heard())
+        type_text(text)
+        wait_for(lambda: field.get_character_count() == len(text), f"{label} to hold what was typed")
+        return before
+
+    def heard_since(self, before, kind):
+        return "".join(text for event, _, _, text in self.bus.heard()[before:] if event == kind)
+
+    def type_a_secret(self):
+        """Letter by letter, in a field whose letters are heard and in one whose letters are not."""
+        for role, label, text, heard in (("text", "Username:", TYPED_USER, TYPED_USER),
+                                         ("password text", "Password:", TYPED, "*" * len(TYPED))):
+            before = self.type_into(role, label, text)
+            wait_for(lambda: self.heard_since(before, "object:text-changed:insert") == heard,
+                     f"{heard} to be heard as it is typed into {label}")
+            pressed_and_released = "".join(2 * letter for letter in heard)
+            wait_for(lambda: sorted(self.heard_since(before, "key")) == sorted(pressed_and_released),
+                     f"the keys of {heard} to be heard")
+        self.screen.press("Add")
+        alert = self.screen.alert()
+        self.assertEqual(alert.texts, ["Failed to authenticate. HTTP status code: 401"])
+        alert.press("OK")
+        credentials = base64.b64encode(f"{TYPED_USER}:{TYPED}".encode()).decode()
+        self.assertEqual(dict(self.server.requests()[-1]["headers"])["Authorization"], "Basic " + credentials)
+
+    def use_username(self, on):
+        if self.screen.is_checked("Use username and password") != on:
+            self.screen.toggle("Use username and password")
+
     def add(self, user, secret, by_username):
         screen = self.screen
-        if screen.is_checked("Use username and password") != by_username:
-            screen.toggle("Use username and password")
+        self.use_username(by_username)
         screen.fill("Server URL:", self.server.url)
         screen.fill("Username:" if by_username else "Client ID:", user)
         label = "Password:" if by_username else "Client Secret:"
@@ -127,11 +181,25 @@ class Secrets(WorldTest):
         alert.press("OK")
         return texts
 
+    def show_each_secret(self):
+        screen = self.screen
+        screen.press("show username/password fields")
+        for profile in ("By name", "By client"):
+            screen.choose(profile)
+            wait_for(lambda: screen.choice() == profile, profile)
+            for label, user, secret in (("Username:", "planter", PASSWORD), ("Client ID:", "planted-id", SECRET)):
+                self.use_username(label == "Username:")
+                wait_for(lambda: screen.text(label) == user, user)
+                field = screen.control("password text", {"Username:": "Password:"}.get(label, "Client Secret:"))
+                self.assertEqual(field.get_text_iface().get_character_count(), len(secret))
+        screen.press("hide username/password fields")
+
     def use_everything(self, *arguments):
         self.start(*arguments)
         screen = self.screen
         screen.fill("Display Name:", "By name")
         self.assertEqual(self.add("planter", REJECTED, True), ["Failed to authenticate. HTTP status code: 401"])
+        self.type_a_secret()
         self.server.fault(path="/api/v1/auth/token", times="1", drop_after="30")
         self.assertEqual(self.add("planter", PASSWORD, True), ["Failed to connect to 127.0.0.1"])
         self.assertEqual(self.add("planter", PASSWORD, True), ["By name was successfully set"])
@@ -141,10 +209,12 @@ class Secrets(WorldTest):
         self.end()
         # The next run fills the fields from the keychain.
         self.start(*arguments)
+        self.show_each_secret()
         self.screen.press("Set")
         self.assertEqual(self.screen.alert().texts, ["By client was successfully set"])
         self.screen.alert().press("OK")
         self.end()
+        self.assert_nothing_is_heard()
 
     def test_a_full_run_leaves_secrets_in_the_keyring_alone(self):
         self.use_everything()

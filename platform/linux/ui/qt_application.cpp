@@ -2,6 +2,7 @@
 #include "platform/linux/ui/qt_application.h"
 
 #include "platform/linux/ui/qt_appearance.h"
+#include "platform/linux/ui/qt_discreet_application.h"
 
 #include <QAction>
 #include <QApplication>
@@ -45,7 +46,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     QCoreApplication::setApplicationName("zarn-actions");
     QGuiApplication::setApplicationDisplayName({});
     QGuiApplication::setDesktopFileName("com.zarn.ZarnActions");
-    auto application = std::make_unique<QApplication>(argc, argv);
+    auto application = std::make_unique<DiscreetApplication>(argc, argv);
     application->setQuitOnLastWindowClosed(false);
     QApplication::setWindowIcon(applicationIcon());
     return application;

@@ -1,10 +1,22 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_widgets.h"
 
+#include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
+#include <QRegularExpression>
 #include <QStyleOptionComboBox>
+#include <QToolTip>
 #include <QWheelEvent>
+
+void showWholeText(QWidget& widget, const QHelpEvent& request, const QString& text)
+{
+    // Addresses have no blanks at which lines could be broken.
+    static const QRegularExpression mark("(\\W)", QRegularExpression::UseUnicodePropertiesOption);
+    auto breakable = text;
+    breakable.replace(mark, QStringLiteral("\\1\u200b"));
+    QToolTip::showText(request.globalPos(), "<p>" + breakable.toHtmlEscaped() + "</p>", &widget);
+}
 
 void LayerView::setLayerColor(const QColor& color)
 {
@@ -16,6 +28,19 @@ void LayerView::paintEvent(QPaintEvent*)
 {
     if (m_layerColor)
         QPainter(this).fillRect(rect(), *m_layerColor);
+}
+
+QVariant SecretField::inputMethodQuery(Qt::InputMethodQuery query) const
+{
+    switch (query) {
+    case Qt::ImSurroundingText:
+    case Qt::ImCurrentSelection:
+    case Qt::ImTextBeforeCursor:
+    case Qt::ImTextAfterCursor:
+        return QString();
+    default:
+        return QLineEdit::inputMethodQuery(query);
+    }
 }
 
 ServerPopUp::ServerPopUp(QWidget* parent)
@@ -31,6 +56,17 @@ ServerPopUp::ServerPopUp(QWidget* parent)
 QSize ServerPopUp::sizeHint() const
 {
     return QComboBox::sizeHint();
+}
+
+bool ServerPopUp::event(QEvent* event)
+{
+    if (event->type() != QEvent::ToolTip)
+        return QComboBox::event(event);
+    QStyleOptionComboBox option;
+    initStyleOption(&option);
+    if (option.currentText != currentText())
+        showWholeText(*this, *static_cast<QHelpEvent*>(event), currentText());
+    return true;
 }
 
 void ServerPopUp::keyPressEvent(QKeyEvent* event)

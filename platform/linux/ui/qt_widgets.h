@@ -3,6 +3,7 @@
 
 #include <QColor>
 #include <QComboBox>
+#include <QLineEdit>
 #include <QTextBrowser>
 #include <QWidget>
 
@@ -10,6 +11,10 @@
 #include <optional>
 
 /// Widgets of our own that the forms name. Main thread only.
+
+/// Shows a text that is cut off in a widget as the tool tip that the user asks for. It is no
+/// property of the widget, which assistive technology would read out after the text itself.
+void showWholeText(QWidget& widget, const QHelpEvent& request, const QString& text);
 
 /// A view that may paint a translucent layer over the window's background.
 class LayerView : public QWidget {
@@ -26,8 +31,17 @@ private:
     std::optional<QColor> m_layerColor;
 };
 
+/// A password field. Input methods, which are other programs, learn nothing of its text.
+class SecretField : public QLineEdit {
+    Q_OBJECT
+
+public:
+    using QLineEdit::QLineEdit;
+    QVariant inputMethodQuery(Qt::InputMethodQuery query) const override;
+};
+
 /// A pop-up button: keys open its menu instead of changing the choice, the wheel does nothing, and
-/// a title that is too long is elided.
+/// a title that is too long is elided, with the whole one as tool tip.
 class ServerPopUp : public QComboBox {
     Q_OBJECT
 
@@ -37,6 +51,7 @@ public:
     QSize minimumSizeHint() const override { return sizeHint(); }
 
 protected:
+    bool event(QEvent* event) override;
     void keyPressEvent(QKeyEvent* event) override;
     void wheelEvent(QWheelEvent* event) override;
     void initStyleOption(QStyleOptionComboBox* option) const override;
