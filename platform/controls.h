@@ -16,6 +16,8 @@ namespace zarn {
 class Control {
 public:
     virtual ~Control() = default;
+    /// A control that is hidden or disabled while it has the keyboard focus has it again once it is
+    /// shown or enabled, unless the user has moved the focus meanwhile. Neither ends editing.
     virtual void setHidden(bool hidden) = 0;
     virtual bool isHidden() const = 0;
     virtual void setEnabled(bool enabled) = 0;
@@ -35,13 +37,15 @@ class TextField;
 class TextFieldDelegate {
 public:
     virtual ~TextFieldDelegate() = default;
-    /// The field lost the keyboard focus to another control, or Return was pressed in it, whether
-    /// or not its text changed. Not for a menu, an alert or a deactivated window. A notification
-    /// without a text field carries nullptr.
+    /// The editable field lost the keyboard focus to another control, or Return was pressed in it,
+    /// whether or not its text changed. Not for a menu, an alert, a deactivated window or a click
+    /// on a button, and never for a field that is not editable. A notification without a text
+    /// field carries nullptr.
     virtual void controlTextDidEndEditing(TextField* field) = 0;
 };
 
-/// An editable line of text, plain or secure.
+/// A line of text, plain or secure. One that is not editable takes the focus too: its text can be
+/// selected.
 class TextField : public Control {
 public:
     virtual void setStringValue(std::string_view text) = 0;
@@ -58,7 +62,8 @@ public:
 enum class ImageName { RightFacingTriangleTemplate, TouchBarGoDownTemplate, AppIcon };
 
 /// A push button, check box or disclosure button. State is 1 for on, 0 for off; a disclosure
-/// button keeps any value.
+/// button keeps any value. It takes the keyboard focus by Tab and not by a click; then Space and
+/// Return press it.
 class Button : public Control {
 public:
     virtual void setTitle(std::string_view title) = 0;
@@ -69,6 +74,7 @@ public:
     virtual void setToolTip(std::string_view text) = 0;
 };
 
+/// It takes the keyboard focus by Tab and not by a click.
 class PopUpButton : public Control {
 public:
     virtual void removeAllItems() = 0;

@@ -3,18 +3,8 @@
 
 #include <algorithm>
 #include <set>
-#include <utility>
 
 namespace zarn::memory {
-
-void MemoryTextField::takeFocus()
-{
-    if (!m_focus)
-        return;
-    auto* const before = std::exchange(m_focus->field, this);
-    if (before && before != this)
-        before->endEditing();
-}
 
 std::string MemoryTextView::shownText() const
 {

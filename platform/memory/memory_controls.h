@@ -7,11 +7,17 @@
 #include <map>
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 /// Controls that only remember. What a user does is a function of MemoryWindowController (`type`,
 /// `click`, `choose`).
 namespace zarn::memory {
+
+/// Which control of a window has the keyboard focus.
+struct MemoryFocus {
+    Control* control = nullptr;
+};
 
 /// What code does to a control goes into the shared record as "<control> <what>", once somebody
 /// asks for it.
@@ -42,21 +48,42 @@ public:
     {
         record(hidden ? "hidden" : "shown");
         m_hidden = hidden;
+        keepFocus();
     }
     bool isHidden() const override { return m_hidden; }
     void setEnabled(bool enabled) override
     {
         record(enabled ? "enabled" : "disabled");
         m_enabled = enabled;
+        keepFocus();
     }
     bool isEnabled() const override { return m_enabled; }
     std::string identifier() const override { return interfaceIdentifier; }
 
+    void shareFocus(MemoryFocus& focus) { m_focus = &focus; }
+    bool hasFocus() const { return m_focus && m_focus->control == this; }
+    /// The keyboard focus comes here from wherever it was in the window.
+    void takeFocus();
+
     std::string interfaceIdentifier;
 
 private:
+    /// Gives up the focus while the user cannot get at the control.
+    void keepFocus()
+    {
+        const bool isUsable = m_enabled && !m_hidden;
+        if (!isUsable && hasFocus()) {
+            m_focus->control = nullptr;
+            m_hadFocus = true;
+        } else if (isUsable && std::exchange(m_hadFocus, false) && !m_focus->control) {
+            m_focus->control = this;
+        }
+    }
+
     bool m_hidden = false;
     bool m_enabled = true;
+    bool m_hadFocus = false;
+    MemoryFocus* m_focus = nullptr;
 };
 
 class MemoryLabel final : public MemoryControlOf<Label> {
@@ -70,13 +97,6 @@ public:
 
 private:
     std::string m_text;
-};
-
-class MemoryTextField;
-
-/// Where the keyboard focus of a window is.
-struct MemoryFocus {
-    MemoryTextField* field = nullptr;
 };
 
 /// A plain or a secure text field: the code above sees no difference.
@@ -107,13 +127,10 @@ public:
         takeFocus();
     }
 
-    void shareFocus(MemoryFocus& focus) { m_focus = &focus; }
-    /// The keyboard focus comes here from wherever it was in the window.
-    void takeFocus();
-    /// The field loses the keyboard focus.
+    /// The field loses the keyboard focus, or Return is pressed in it.
     void endEditing()
     {
-        if (m_delegate)
+        if (m_delegate && m_editable)
             m_delegate->controlTextDidEndEditing(this);
     }
     /// The user types a text in place of what stood there.
@@ -136,8 +153,16 @@ private:
     bool m_editable = true;
     TextFieldDelegate* m_delegate = nullptr;
     std::function<void()> m_onChange;
-    MemoryFocus* m_focus = nullptr;
 };
+
+template <typename Base> void MemoryControlOf<Base>::takeFocus()
+{
+    if (!m_focus || hasFocus())
+        return;
+    auto* const before = dynamic_cast<MemoryTextField*>(std::exchange(m_focus->control, this));
+    if (before)
+        before->endEditing();
+}
 
 class MemoryButton final : public MemoryControlOf<Button> {
 public:

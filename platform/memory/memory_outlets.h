@@ -10,7 +10,6 @@
 #include <set>
 #include <string>
 #include <string_view>
-#include <type_traits>
 #include <vector>
 
 namespace zarn::memory {
@@ -78,8 +77,7 @@ private:
         auto& control = controls[std::string(name)];
         if (!control) {
             control = std::make_unique<T>();
-            if constexpr (std::is_same_v<T, MemoryTextField>)
-                control->shareFocus(focus);
+            control->shareFocus(focus);
         }
         return *control;
     }

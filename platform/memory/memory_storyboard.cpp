@@ -57,31 +57,38 @@ bool MemoryWindowController::type(std::string_view name, std::string_view text)
 
 bool MemoryWindowController::moveFocus(std::string_view name)
 {
-    if (auto* field = outlets.textField(name)) {
-        if (field->isHidden() || !field->isEnabled())
+    const auto give = [](auto& control) {
+        if (control.isHidden() || !control.isEnabled())
             return false;
-        outlets.fieldNamed(name).takeFocus();
+        control.takeFocus();
         return true;
-    }
-    const auto* button = outlets.button(name);
-    if (!button || button->isHidden() || !button->isEnabled())
-        return false;
-    if (auto* const before = std::exchange(outlets.focus.field, nullptr))
-        before->endEditing();
-    return true;
+    };
+    return outlets.textField(name) ? give(outlets.fieldNamed(name))
+        : outlets.button(name)     ? give(outlets.buttonNamed(name))
+                                   : false;
 }
 
 void MemoryWindowController::typeKeys(std::string_view text) const
 {
-    auto* const field = outlets.focus.field;
+    auto* const field = dynamic_cast<MemoryTextField*>(outlets.focus.control);
     if (field && field->isEditable())
         field->type(field->stringValue() + std::string(text));
 }
 
-void MemoryWindowController::pressReturn() const
+void MemoryWindowController::pressReturn()
 {
-    if (outlets.focus.field)
-        outlets.focus.field->endEditing();
+    if (auto* const field = dynamic_cast<MemoryTextField*>(outlets.focus.control))
+        field->endEditing();
+    else
+        pressSpace();
+}
+
+void MemoryWindowController::pressSpace()
+{
+    const auto focused = std::ranges::find_if(
+        outlets.buttons, [](const auto& entry) { return entry.second->hasFocus(); });
+    if (focused != outlets.buttons.end())
+        (void)click(focused->first);
 }
 
 std::unique_ptr<MemoryWindowController> MemoryStoryboard::load(

@@ -73,8 +73,10 @@ public:
     [[nodiscard]] bool moveFocus(std::string_view name);
     /// Types at the end of the field that has the keyboard focus.
     void typeKeys(std::string_view text) const;
-    /// Presses Return, which stays in the field.
-    void pressReturn() const;
+    /// Presses Return, which stays in a field and presses a button.
+    void pressReturn();
+    /// Presses Space, for the button that has the keyboard focus.
+    void pressSpace();
 
     bool withoutWindow = false;
     MemoryWindow ownWindow;

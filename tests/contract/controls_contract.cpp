@@ -66,6 +66,28 @@ TEST_F(ControlsContract, AClickOnAPushButtonIsItsAction)
     EXPECT_EQ(events(), (Texts{"updateServerInfo_Action", "quit_Action"}));
 }
 
+TEST_F(ControlsContract, SpaceAndReturnPressTheButtonThatHasTheKeyboard)
+{
+    struct Case {
+        const char* name;
+        const char* action;
+        int stateAfterSpace;
+    };
+    for (const auto& [name, action, stateAfterSpace] :
+        {Case{"updateServerInfo_Button", "updateServerInfo_Action", 0},
+            Case{"useUsername_button", "useUsername_action", 1},
+            Case{"hideCreds_button", "hideCreds_action", 1}}) {
+        events().clear();
+        ASSERT_TRUE(fixture->moveFocus(name));
+        fixture->pressSpace();
+        EXPECT_EQ(events(), Texts{action});
+        EXPECT_EQ(button(name).state(), stateAfterSpace) << name;
+        fixture->pressReturn();
+        EXPECT_EQ(events(), (Texts{action, action}));
+        EXPECT_EQ(button(name).state(), 0) << name;
+    }
+}
+
 TEST_F(ControlsContract, ADisabledOrHiddenButtonCannotBeClicked)
 {
     button("updateServerInfo_Button").setEnabled(false);

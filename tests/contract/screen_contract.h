@@ -35,7 +35,7 @@ public:
 
     // Each is false when the screen does not let the user do it.
     [[nodiscard]] virtual bool click(std::string_view button) = 0;
-    /// Chooses an item of the pop-up button, with the Option key or without.
+    /// Chooses an item of the pop-up button by clicks, with the Option key or without.
     [[nodiscard]] virtual bool choose(std::string_view title, bool withOption) = 0;
     /// Clicks into a text field, or moves on to another control by keyboard.
     [[nodiscard]] virtual bool moveFocus(std::string_view control) = 0;
@@ -51,6 +51,7 @@ public:
     /// Type where the keyboard focus is; a field's text gets longer.
     virtual void type(std::string_view text) = 0;
     virtual void pressReturn() = 0;
+    virtual void pressSpace() = 0;
 
     [[nodiscard]] virtual bool isShown(std::string_view control) = 0;
     virtual std::string shownText(std::string_view control) = 0;

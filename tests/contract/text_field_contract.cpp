@@ -138,6 +138,46 @@ TEST_F(TextFieldContract, ReturnEndsEditingEachTimeAndPressesNoButton)
     EXPECT_EQ(events(), (Texts{"end username", "end username", "end username"}));
 }
 
+TEST_F(TextFieldContract, AFieldThatIsNotEditableEndsNothing)
+{
+    username().setStringValue("jane");
+    username().setEditable(false);
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    fixture->pressReturn();
+    ASSERT_TRUE(fixture->moveFocus("zarnProPassword_textfield"));
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    ASSERT_TRUE(fixture->moveFocus("quit_Button"));
+    EXPECT_EQ(events(), Texts{"end password"});
+    username().setEditable(true);
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    ASSERT_TRUE(fixture->moveFocus("quit_Button"));
+    EXPECT_EQ(events(), (Texts{"end password", "end username"}));
+}
+
+TEST_F(TextFieldContract, AClickOnAButtonActsAndEndsNothing)
+{
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    for (const auto* name : {"updateServerInfo_Button", "quit_Button", "useUsername_button",
+             "saveCreds_button", "hideCreds_button"}) {
+        events().clear();
+        ASSERT_TRUE(fixture->click(name));
+        ASSERT_EQ(events().size(), 1U) << name;
+        EXPECT_NE(events().front(), "end username") << name;
+    }
+    fixture->type("jane");
+    EXPECT_EQ(username().stringValue(), "jane");
+}
+
+TEST_F(TextFieldContract, AChoiceFromThePopUpButtonByClicksEndsNothing)
+{
+    outlets().popUpButton("selectServer_Button")->addItems({"A", "B"});
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    ASSERT_TRUE(fixture->choose("B", false));
+    EXPECT_EQ(events(), Texts{"selectServer_Action"});
+    fixture->type("jane");
+    EXPECT_EQ(username().stringValue(), "jane");
+}
+
 TEST_F(TextFieldContract, LookingIntoAMenuEndsNothing)
 {
     ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
@@ -207,6 +247,83 @@ TEST_F(TextFieldContract, CodeThatMovesTheFocusEndsEditingInTheFieldThatLosesIt)
     username().makeFirstResponder();
     fixture->settle();
     EXPECT_EQ(events(), Texts{"end password"});
+}
+
+// --- The keyboard focus of a control that is disabled or hidden for a time
+
+TEST_F(TextFieldContract, AButtonThatIsDisabledForATimeHasTheKeyboardAgain)
+{
+    for (const auto* name : {"displayName_TextField", "zarnProServer_textfield"})
+        field(name).setDelegate(this);
+    ASSERT_TRUE(fixture->moveFocus("updateServerInfo_Button"));
+    auto& add = button("updateServerInfo_Button");
+    add.setEnabled(false);
+    fixture->settle();
+    fixture->pressSpace();
+    EXPECT_EQ(events(), Texts{});
+    add.setEnabled(true);
+    fixture->settle();
+    fixture->pressSpace();
+    EXPECT_EQ(events(), Texts{"updateServerInfo_Action"});
+}
+
+TEST_F(TextFieldContract, AnAlertMeanwhileChangesNothing)
+{
+    ASSERT_TRUE(fixture->moveFocus("updateServerInfo_Button"));
+    button("updateServerInfo_Button").setEnabled(false);
+    fixture->alerts().whenOpen([this] { EXPECT_TRUE(fixture->alerts().press("OK")); });
+    const Alert alert{"", "Something happened", AlertStyle::Warning, {{"OK", ""}}};
+    EXPECT_EQ(fixture->alerts().runner().runModal(alert), alertFirstButtonReturn);
+    button("updateServerInfo_Button").setEnabled(true);
+    fixture->settle();
+    fixture->pressSpace();
+    EXPECT_EQ(events(), Texts{"updateServerInfo_Action"});
+}
+
+TEST_F(TextFieldContract, AFieldThatIsDisabledForATimeHasTheKeyboardAgainAndEndsNothing)
+{
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    fixture->type("ja");
+    username().setEnabled(false);
+    fixture->settle();
+    fixture->type("x");
+    username().setEnabled(true);
+    fixture->settle();
+    fixture->type("ne");
+    EXPECT_EQ(username().stringValue(), "jane");
+    EXPECT_EQ(events(), Texts{});
+}
+
+TEST_F(TextFieldContract, AFieldThatIsHiddenForATimeHasTheKeyboardAgainAndEndsNothing)
+{
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    fixture->type("ja");
+    username().setHidden(true);
+    fixture->settle();
+    fixture->type("x");
+    username().setHidden(false);
+    fixture->settle();
+    fixture->type("ne");
+    EXPECT_EQ(username().stringValue(), "jane");
+    EXPECT_EQ(password().stringValue(), "");
+    EXPECT_EQ(events(), Texts{});
+}
+
+TEST_F(TextFieldContract, AUserWhoHasMovedOnKeepsTheKeyboard)
+{
+    ASSERT_TRUE(fixture->moveFocus("updateServerInfo_Button"));
+    button("updateServerInfo_Button").setEnabled(false);
+    ASSERT_TRUE(fixture->moveFocus("zarnProUsername_textfield"));
+    button("updateServerInfo_Button").setEnabled(true);
+    fixture->settle();
+    fixture->type("jane");
+    EXPECT_EQ(username().stringValue(), "jane");
+    EXPECT_EQ(events(), Texts{});
+    button("updateServerInfo_Button").setEnabled(false);
+    button("updateServerInfo_Button").setEnabled(true);
+    fixture->settle();
+    fixture->type("t");
+    EXPECT_EQ(username().stringValue(), "janet");
 }
 
 TEST_F(TextFieldContract, AHiddenFieldThatIsMadeFirstResponderHasTheFocusOnceItIsShown)

@@ -24,6 +24,14 @@ def colors_of(rectangle):
     return counts
 
 
+def pixels(rectangle):
+    """What is seen in (x, y, width, height) of the screen, for comparing."""
+    x, y, width, height = rectangle
+    return subprocess.run(
+        ["import", "-window", "root", "-crop", f"{width}x{height}+{x}+{y}", "+repage", "-depth", "8", "rgb:-"],
+        check=True, capture_output=True).stdout
+
+
 def background(counts):
     return max(counts, key=counts.get)
 

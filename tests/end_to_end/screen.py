@@ -202,6 +202,20 @@ class Screen:
         wait_for(lambda: is_enabled(button), f"button {name!r} to be enabled")
         button.get_action_iface().do_action(0)
 
+    @staticmethod
+    def area(node):
+        """Where a control or window is on the screen: (x, y, width, height)."""
+        box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
+        return box.x, box.y, box.width, box.height
+
+    def click(self, role, name):
+        """Clicks with the mouse. A check box is hit where its mark is."""
+        node = self.control(role, name)
+        wait_for(lambda: is_enabled(node), f"{role} {name!r} to be enabled")
+        x, y, width, height = self.area(node)
+        across = 8 if role == "check box" else width // 2
+        subprocess.run(["xdotool", "mousemove", str(x + across), str(y + height // 2), "click", "1"], check=True)
+
     def is_button_enabled(self, name):
         return is_enabled(self.control("push button", name))
 
@@ -280,6 +294,9 @@ class Screen:
                 return node
         raise NotFound("the server menu has no list")
 
+    def is_menu_open(self):
+        return is_showing(self._list())
+
     def choice(self):
         return self.pop_up().get_name()
 
@@ -290,7 +307,7 @@ class Screen:
         # The toolkit lets no assistive technology give a menu the keyboard.
         self.tab_to("combo box", self.choice())
         keys("space")
-        wait_for(lambda: is_showing(self._list()), "the server menu to open")
+        wait_for(self.is_menu_open, "the server menu to open")
         keys("Home", *["Down"] * len([name for name in titles[:index] if name]))
         keys(modifier + "+Return" if modifier else "Return")
 

@@ -5,8 +5,6 @@ import os
 import subprocess
 import unittest
 
-from gi.repository import Atspi
-
 from pictures import background, colors_of, text_contrast
 from screen import NotFound, wait_for
 from world import STANDARD, WorldTest, write_settings
@@ -31,14 +29,10 @@ class Appearance(WorldTest):
         self.screen = self.program.screen
         return self.screen
 
-    def area(self, node):
-        box = node.get_component_iface().get_extents(Atspi.CoordType.SCREEN)
-        return box.x, box.y, box.width, box.height
-
     def window_area(self, title):
         for window in self.screen.windows():
             if window.get_name() == title:
-                return self.area(window)
+                return self.screen.area(window)
         raise NotFound(f"no window {title!r}")
 
     def open_about(self):
@@ -61,10 +55,18 @@ class Appearance(WorldTest):
         self.switch(LIGHT)
         wait_for(lambda: background(colors())[0] > 180, "a light panel again")
 
+    def assert_placeholder_is_readable(self):
+        """It is no name: the field goes by its label."""
+        field = self.screen.control("text", "Server URL:")
+        self.assertEqual(self.screen.text("Server URL:"), "")
+        self.assertEqual(field.get_description(), "https://host:8443")
+        x, y, width, height = self.screen.area(field)
+        self.assertGreaterEqual(text_contrast(colors_of((x + 4, y + 4, width - 8, height - 8))), 4.5)
+
     def assert_frames_stand_out(self):
         for role, name in (("text", "Server URL:"), ("password text", "Client Secret:"),
                            ("check box", "Save credentials")):
-            x, y, width, height = self.area(self.screen.control(role, name))
+            x, y, width, height = self.screen.area(self.screen.control(role, name))
             if role == "check box":
                 width = height  # The box alone.
             self.assertGreaterEqual(text_contrast(colors_of((x, y, width, height))), 3, name)
@@ -83,10 +85,11 @@ class Appearance(WorldTest):
         wait_for(lambda: max(background(colors_of(self.window_area("Zarn Actions")))) < 90, "a dark window")
         for role, name in (("label", "Display Name:"), ("label", "Server URL:"), ("push button", "Add"),
                            ("check box", "Use username and password"), ("menu item", "Zarn Actions")):
-            counts = colors_of(self.area(screen.control(role, name)))
+            counts = colors_of(self.screen.area(screen.control(role, name)))
             self.assertLess(max(background(counts)), 110, name)
             self.assertGreaterEqual(text_contrast(counts), 4.5, name)
         self.assert_frames_stand_out()
+        self.assert_placeholder_is_readable()
 
     def test_the_light_program_is_readable(self):
         self.accept_terms()
@@ -94,30 +97,31 @@ class Appearance(WorldTest):
         wait_for(lambda: min(background(colors_of(self.window_area("Zarn Actions")))) > 160, "a painted window")
         for role, name in (("label", "Display Name:"), ("label", "Server URL:"), ("push button", "Add"),
                            ("check box", "Use username and password"), ("menu item", "Zarn Actions")):
-            counts = colors_of(self.area(screen.control(role, name)))
+            counts = colors_of(self.screen.area(screen.control(role, name)))
             self.assertGreater(min(background(counts)), 160, name)
             self.assertGreaterEqual(text_contrast(counts), 4.5, name)
         self.assert_frames_stand_out()
+        self.assert_placeholder_is_readable()
 
     def test_the_terms_are_readable_in_dark(self):
         write_settings(STANDARD, {})
         self.portal(DARK)
         screen = self.start()
-        box = self.area(screen.control("push button", "Accept"))
+        box = self.screen.area(screen.control("push button", "Accept"))
         self.assertGreaterEqual(text_contrast(colors_of(box)), 4.5)
         window = next(window for window in screen.windows() if window.get_name() != "Zarn Actions")
-        wait_for(lambda: background(colors_of(self.area(window))) == GREY, "the opaque grey")
-        self.assertIn((255, 255, 255), colors_of(self.area(window)))
+        wait_for(lambda: background(colors_of(self.screen.area(window))) == GREY, "the opaque grey")
+        self.assertIn((255, 255, 255), colors_of(self.screen.area(window)))
 
     def test_the_terms_follow_while_open(self):
         write_settings(STANDARD, {})
         self.portal(LIGHT)
         screen = self.start()
         window = next(window for window in screen.windows() if window.get_name() != "Zarn Actions")
-        wait_for(lambda: background(colors_of(self.area(window)))[0] > 180, "light terms")
+        wait_for(lambda: background(colors_of(self.screen.area(window)))[0] > 180, "light terms")
         self.switch(DARK)
-        wait_for(lambda: background(colors_of(self.area(window))) == GREY, "dark terms")
-        self.assertIn((255, 255, 255), colors_of(self.area(window)))
+        wait_for(lambda: background(colors_of(self.screen.area(window))) == GREY, "dark terms")
+        self.assertIn((255, 255, 255), colors_of(self.screen.area(window)))
 
 
 if __name__ == "__main__":

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_controls.h"
 
+#include <QApplication>
 #include <QCheckBox>
 #include <QFocusEvent>
+#include <QHelpEvent>
+#include <QKeyEvent>
 #include <QLabel>
 #include <QLineEdit>
 #include <QProgressBar>
+#include <QStyleOptionFrame>
 #include <QToolButton>
 
 namespace zarn::linux_backend {
@@ -25,6 +29,31 @@ std::string fromQtTitle(QString text)
 {
     return text.replace("&&", "&").toStdString();
 }
+
+/// Return presses a button as Space does.
+class ReturnPresses final : public QObject {
+public:
+    explicit ReturnPresses(QAbstractButton& button)
+        : QObject(&button)
+        , m_button(button)
+    {
+        button.installEventFilter(this);
+    }
+    bool eventFilter(QObject* watched, QEvent* event) override
+    {
+        if (event->type() != QEvent::KeyPress)
+            return QObject::eventFilter(watched, event);
+        const auto& key = *static_cast<QKeyEvent*>(event);
+        if (key.key() != Qt::Key_Return && key.key() != Qt::Key_Enter)
+            return QObject::eventFilter(watched, event);
+        if (!key.isAutoRepeat())
+            m_button.click();
+        return true;
+    }
+
+private:
+    QAbstractButton& m_button;
+};
 } // namespace
 
 void QtLabel::setStringValue(std::string_view text)
@@ -62,6 +91,8 @@ void QtTextField::setStringValue(std::string_view text)
     m_settingFromCode = true;
     widget().setText(toQt(text));
     m_settingFromCode = false;
+    if (!widget().hasFocus())
+        showStart();
 }
 std::string QtTextField::stringValue() const
 {
@@ -81,10 +112,27 @@ void QtTextField::makeFirstResponder()
     widget().setFocus(Qt::OtherFocusReason);
 }
 
+// A field that cannot be edited takes the focus too, so that its text can be selected.
 void QtTextField::endEditing()
 {
-    if (m_delegate)
+    if (m_delegate && isEditable())
         m_delegate->controlTextDidEndEditing(this);
+}
+
+void QtTextField::showStart()
+{
+    widget().home(false);
+}
+
+bool QtTextField::isLongerThanField() const
+{
+    QStyleOptionFrame option;
+    option.initFrom(&widget());
+    option.lineWidth = widget().style()->pixelMetric(QStyle::PM_DefaultFrameWidth);
+    const auto inside
+        = widget().style()->subElementRect(QStyle::SE_LineEditContents, &option, &widget());
+    constexpr int margins = 4; // The toolkit's own, left and right together.
+    return widget().fontMetrics().horizontalAdvance(widget().text()) >= inside.width() - margins;
 }
 
 // The toolkit's own signal also comes when the window is deactivated, and not when the text is
@@ -96,20 +144,29 @@ bool QtTextField::eventFilter(QObject* watched, QEvent* event)
         // Whatever the toolkit gave the focus to meanwhile was not edited.
         widget().setFocus(Qt::NoFocusReason);
     } else if (event->type() == QEvent::FocusOut) {
-        switch (static_cast<QFocusEvent*>(event)->reason()) {
-        case Qt::MenuBarFocusReason: {
+        const auto reason = static_cast<QFocusEvent*>(event)->reason();
+        // The list of a pop-up button takes the focus without saying that it is a popup.
+        const bool isForMenu = reason == Qt::MenuBarFocusReason
+            || (reason == Qt::OtherFocusReason && QApplication::activePopupWidget());
+        if (isForMenu) {
             // The toolkit's field would forget what is selected, and "Copy" would find nothing.
             QFocusEvent asForPopup(QEvent::FocusOut, Qt::PopupFocusReason);
             widget().event(&asForPopup);
             return true;
         }
+        switch (reason) {
         case Qt::ActiveWindowFocusReason:
         case Qt::PopupFocusReason:
         case Qt::NoFocusReason:
             break;
         default:
+            showStart();
             endEditing();
         }
+    } else if (event->type() == QEvent::ToolTip && widget().echoMode() == QLineEdit::Normal
+        && isLongerThanField()) {
+        showWholeText(widget(), *static_cast<QHelpEvent*>(event), widget().text());
+        return true;
     }
     return QObject::eventFilter(watched, event);
 }
@@ -117,6 +174,9 @@ bool QtTextField::eventFilter(QObject* watched, QEvent* event)
 QtButton::QtButton(QAbstractButton* button, const ControlAction& action)
     : QtControlOf(button)
 {
+    // By a click it would end the editing of a field before it acts.
+    button->setFocusPolicy(Qt::TabFocus);
+    new ReturnPresses(*button);
     if (qobject_cast<QCheckBox*>(button)) {
         // An accessible toggle changes the box without a click.
         QObject::connect(button, &QAbstractButton::toggled, button, [this, action](bool) {

@@ -13,9 +13,10 @@
 #include <QProgressBar>
 
 #include <functional>
+#include <utility>
 
-/// The controls of a loaded form. Each adapter outlives its widget's window or not: a widget that
-/// is gone takes no more values. Main thread only.
+/// The controls of a loaded form: each adapts one widget. The scene that owns the window owns the
+/// adapters too, and destroys them first. Main thread only.
 namespace zarn::linux_backend {
 
 /// What is called when the user uses a control.
@@ -27,9 +28,21 @@ public:
         : m_widget(widget)
     {
     }
-    void setHidden(bool hidden) override { widget().setHidden(hidden); }
+    void setHidden(bool hidden) override
+    {
+        if (hidden)
+            parkFocus();
+        widget().setHidden(hidden);
+        regainFocus();
+    }
     bool isHidden() const override { return widget().isHidden(); }
-    void setEnabled(bool enabled) override { widget().setEnabled(enabled); }
+    void setEnabled(bool enabled) override
+    {
+        if (!enabled)
+            parkFocus();
+        widget().setEnabled(enabled);
+        regainFocus();
+    }
     bool isEnabled() const override { return widget().isEnabled(); }
     std::string identifier() const override
     {
@@ -40,7 +53,27 @@ protected:
     Widget& widget() const { return *m_widget; }
 
 private:
+    // The toolkit would give the focus to the next control, and leaving that one could end editing.
+    void parkFocus()
+    {
+        auto& window = *widget().window();
+        if (window.focusWidget() != &widget())
+            return;
+        m_hadFocus = true;
+        window.setFocus(Qt::NoFocusReason);
+    }
+    void regainFocus()
+    {
+        if (!m_hadFocus || widget().isHidden() || !widget().isEnabled())
+            return;
+        m_hadFocus = false;
+        auto& window = *widget().window();
+        if (window.focusWidget() == &window)
+            widget().setFocus(Qt::NoFocusReason);
+    }
+
     Widget* m_widget;
+    bool m_hadFocus = false;
 };
 
 class QtLabel final : public QtControlOf<Label, QLabel> {
@@ -75,6 +108,8 @@ protected:
 
 private:
     void endEditing();
+    void showStart();
+    bool isLongerThanField() const;
     TextFieldDelegate* m_delegate = nullptr;
     std::function<void()> m_onChange;
     bool m_takesFocusWhenShown = false;
@@ -114,7 +149,6 @@ public:
 
 private:
     int indexOf(std::string_view title) const;
-    void showWholeTitle();
 };
 
 class QtPopUpButtonCell final : public PopUpButtonCell {

@@ -25,16 +25,10 @@ bool isSeparator(const QComboBox& box, int index)
 QtPopUpButton::QtPopUpButton(QComboBox* box, const ControlAction& action)
     : QtControlOf(box)
 {
+    // By a click it would end the editing of a field.
+    box->setFocusPolicy(Qt::TabFocus);
     // Also when the item that is chosen already is chosen again.
-    QObject::connect(box, &QComboBox::activated, box, [this, action](int) {
-        showWholeTitle();
-        action();
-    });
-}
-
-void QtPopUpButton::showWholeTitle()
-{
-    widget().setToolTip(widget().currentText().toHtmlEscaped());
+    QObject::connect(box, &QComboBox::activated, box, [action](int) { action(); });
 }
 
 int QtPopUpButton::indexOf(std::string_view title) const
@@ -50,7 +44,6 @@ int QtPopUpButton::indexOf(std::string_view title) const
 void QtPopUpButton::removeAllItems()
 {
     widget().clear();
-    showWholeTitle();
 }
 
 void QtPopUpButton::addItem(std::string_view title)
@@ -67,7 +60,6 @@ void QtPopUpButton::addItem(std::string_view title)
         widget().setCurrentIndex(widget().count() - 1);
     else if (!wasEmpty && selected < 0)
         widget().setCurrentIndex(-1);
-    showWholeTitle();
 }
 
 void QtPopUpButton::addItems(const std::vector<std::string>& titles)
@@ -90,7 +82,6 @@ void QtPopUpButton::addItems(const std::vector<std::string>& titles)
     // The one that was first is chosen, wherever it moved.
     if (!texts.isEmpty())
         widget().setCurrentIndex(static_cast<int>(texts.indexOf(toQt(titles.front()))));
-    showWholeTitle();
 }
 
 void QtPopUpButton::removeItem(std::string_view title)
@@ -102,19 +93,16 @@ void QtPopUpButton::removeItem(std::string_view title)
     widget().removeItem(index);
     if (wasSelected)
         widget().setCurrentIndex(-1);
-    showWholeTitle();
 }
 
 void QtPopUpButton::selectItem(std::string_view title)
 {
     widget().setCurrentIndex(indexOf(title));
-    showWholeTitle();
 }
 
 void QtPopUpButton::selectNone()
 {
     widget().setCurrentIndex(-1);
-    showWholeTitle();
 }
 
 std::string QtPopUpButton::titleOfSelectedItem() const

@@ -178,8 +178,10 @@ bool QtScreenFixture::choose(std::string_view title, bool withOption)
     const int row = popUp ? popUp->findText(toQt(title)) : -1;
     if (row < 0)
         return false;
-    popUp->setFocus(Qt::TabFocusReason);
-    QTest::keyClick(popUp, Qt::Key_Space);
+    // A user is slower than the time in which the toolkit takes two clicks for one.
+    QApplication::setDoubleClickInterval(0);
+    const auto middle = popUp->mapTo(popUp->window(), popUp->rect().center());
+    QTest::mouseClick(popUp->window()->windowHandle(), Qt::LeftButton, {}, middle);
     if (!runEventsUntil([&] { return popUp->view()->isVisible(); }))
         return false;
     auto* view = popUp->view();
@@ -287,6 +289,11 @@ void QtScreenFixture::type(std::string_view text)
 void QtScreenFixture::pressReturn()
 {
     QTest::keyClick(front()->windowHandle(), Qt::Key_Return);
+}
+
+void QtScreenFixture::pressSpace()
+{
+    QTest::keyClick(front()->windowHandle(), Qt::Key_Space);
 }
 
 // --- Seeing

@@ -34,6 +34,7 @@ public:
     bool clickLink(std::string_view textView, std::string_view text) override;
     void type(std::string_view text) override;
     void pressReturn() override;
+    void pressSpace() override;
 
     bool isShown(std::string_view control) override;
     std::string shownText(std::string_view control) override;

@@ -82,6 +82,7 @@ public:
     bool clickLink(std::string_view textView, std::string_view text) override;
     void type(std::string_view text) override { front().typeKeys(text); }
     void pressReturn() override { front().pressReturn(); }
+    void pressSpace() override { front().pressSpace(); }
 
     bool isShown(std::string_view control) override;
     std::string shownText(std::string_view control) override;

@@ -2,6 +2,7 @@
 #include "platform/linux/ui/qt_controls.h"
 
 #include "tests/contract/screen_contract.h"
+#include "tests/support/shown_widgets.h"
 
 #include <QApplication>
 #include <QClipboard>
@@ -111,6 +112,94 @@ TEST_F(TypedText, APasswordIsNeitherShownNorCopied)
         QTest::keyClick(QApplication::focusWidget(), key, Qt::ControlModifier);
         EXPECT_EQ(QApplication::clipboard()->text(), "before");
     }
+}
+
+/// A text field that is far shorter than its text, and another control.
+class QtTextFieldTest : public WidgetsTest {
+protected:
+    QtTextFieldTest()
+    {
+        widget.setFixedSize(120, 30);
+        add(widget);
+        add(other);
+        show();
+        other.setFocus(Qt::TabFocusReason);
+    }
+    QImage picture() { return widget.grab().toImage(); }
+
+    const std::string start = "https://server.of-a-rather-long-name.example:8443/";
+    QLineEdit widget;
+    QLineEdit other;
+    QtTextField field{&widget};
+};
+
+TEST_F(QtTextFieldTest, ALongTextFromCodeIsShownFromItsStart)
+{
+    field.setStringValue(start + "first");
+    const auto first = picture();
+    field.setStringValue(start + "second");
+    EXPECT_EQ(picture(), first);
+    field.setStringValue("x" + start);
+    EXPECT_NE(picture(), first);
+}
+
+TEST_F(QtTextFieldTest, ALongTextThatIsLeftIsShownFromItsStart)
+{
+    field.setStringValue(start + "first");
+    const auto first = picture();
+    widget.setFocus(Qt::TabFocusReason);
+    widget.setText(QString::fromStdString(start + "second"));
+    EXPECT_NE(picture(), first);
+    other.setFocus(Qt::TabFocusReason);
+    EXPECT_EQ(picture(), first);
+}
+
+TEST_F(QtTextFieldTest, TheCaretStaysWhereItIsWhileAMenuIsOpen)
+{
+    field.setStringValue(start);
+    widget.setFocus(Qt::TabFocusReason);
+    widget.setCursorPosition(7);
+    other.setFocus(Qt::MenuBarFocusReason);
+    widget.setFocus(Qt::MenuBarFocusReason);
+    EXPECT_EQ(widget.cursorPosition(), 7);
+}
+
+TEST_F(QtTextFieldTest, TheWholeOfALongTextIsItsToolTip)
+{
+    field.setStringValue(start);
+    EXPECT_EQ(toolTipOf(widget), QString::fromStdString(start));
+    field.setStringValue(R"(<b>"x"</b> &amp; \1 )" + start);
+    EXPECT_EQ(toolTipOf(widget), R"(<b>"x"</b> &amp; \1 )" + QString::fromStdString(start));
+    EXPECT_EQ(widget.toolTip(), "");
+}
+
+TEST_F(QtTextFieldTest, ATextThatFitsHasNoToolTip)
+{
+    field.setStringValue("https://short");
+    EXPECT_EQ(toolTipOf(widget), "");
+    widget.setFixedWidth(1000);
+    field.setStringValue(start);
+    EXPECT_EQ(toolTipOf(widget), "");
+    // To the pixel: what the toolkit gives a text, and one less.
+    int width = 60;
+    for (; width < 1000 && toolTipOf(widget) != ""; ++width)
+        widget.setFixedWidth(width);
+    const auto fromStart = picture();
+    widget.end(false);
+    EXPECT_EQ(picture(), fromStart);
+    widget.setFixedWidth(width - 2);
+    EXPECT_NE(toolTipOf(widget), "");
+    widget.home(false);
+    const auto cut = picture();
+    widget.end(false);
+    EXPECT_NE(picture(), cut);
+}
+
+TEST_F(QtTextFieldTest, APasswordHasNoToolTip)
+{
+    widget.setEchoMode(QLineEdit::Password);
+    field.setStringValue(start);
+    EXPECT_EQ(toolTipOf(widget), "");
 }
 
 } // namespace
