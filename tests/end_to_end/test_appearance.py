@@ -117,6 +117,7 @@ class Appearance(WorldTest):
         write_settings(STANDARD, {})
         self.portal(LIGHT)
         screen = self.start()
+        screen.control("push button", "Accept")
         window = next(window for window in screen.windows() if window.get_name() != "Zarn Actions")
         wait_for(lambda: background(colors_of(self.screen.area(window)))[0] > 180, "light terms")
         self.switch(DARK)
