@@ -88,6 +88,14 @@ TEST_F(TokenDelegateTest, AMalformedUrlFailsAtOnceWithoutARequest)
             "example/api/v1/auth/token"}));
 }
 
+TEST_F(TokenDelegateTest, AMalformedUrlIsLoggedBeforeItsCompletion)
+{
+    std::size_t linesBefore = 0;
+    delegate->getToken("https://zarn example", "",
+        [&](std::int64_t, const std::string&) { linesBefore = logLines().size(); });
+    EXPECT_EQ(linesBefore, 2U);
+}
+
 TEST_F(TokenDelegateTest, NoResponseIsAFailedConnection)
 {
     connection.bearerTokenActive = true;
@@ -141,6 +149,27 @@ TEST_F(TokenDelegateTest, TheJsonErrorIsLoggedWithoutTheTextsOfTheReply)
     EXPECT_TRUE(files.files.begin()->second.ends_with(
         "JSON error.\nOptional((\"(14 bytes of text)\", 7, {k = \"(14 bytes of text)\"; }))\n"))
         << files.files.begin()->second;
+}
+
+TEST_F(TokenDelegateTest, ALoggedReplyEndsAfter4096BytesAndNotWithinACharacter)
+{
+    std::string umlauts;
+    for (int i = 0; i < 3000; ++i)
+        umlauts += "\xC3\xA4";
+    const struct {
+        std::string key;
+        std::string logged;
+    } rows[] = {
+        {std::string(4086, 'k'), "Optional(({" + std::string(4086, 'k') + " = 1; }))\n"},
+        {std::string(4087, 'k'), "Optional(({" + std::string(4087, 'k') + " = 1; }...)\n"},
+        {"k" + umlauts, "Optional(({k" + umlauts.substr(0, 4092) + "...)\n"},
+    };
+    for (const auto& row : rows) {
+        sessions.reply(200, R"([{")" + row.key + R"(":1}])");
+        getToken();
+        sessions.deliverAll();
+        EXPECT_TRUE(files.files.begin()->second.ends_with(row.logged)) << row.key.size();
+    }
 }
 
 TEST_F(TokenDelegateTest, AnUnparsableReplyIsLoggedAsNil)
