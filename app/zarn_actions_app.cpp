@@ -38,9 +38,18 @@ ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& tex
           .windowList = services.windowList,
           .workspace = services.workspace})
 {
+    services.keychain.setWaitObserver([this](bool isWaiting) {
+        if (isWaiting)
+            m_status.showProgress(Wait::Keyring, "Waiting for the keyring to be unlocked");
+        else
+            m_status.endProgress(Wait::Keyring);
+    });
 }
 
-ZarnActionsApp::~ZarnActionsApp() = default;
+ZarnActionsApp::~ZarnActionsApp()
+{
+    m_services.keychain.setWaitObserver(nullptr);
+}
 
 int ZarnActionsApp::run()
 {
@@ -54,7 +63,20 @@ int ZarnActionsApp::run()
 
 bool ZarnActionsApp::finishKeychainWrites()
 {
-    return !m_keychainQueue || m_keychainQueue->drain(std::chrono::seconds(10));
+    constexpr std::chrono::milliseconds step{50};
+    constexpr std::chrono::milliseconds silenceLimit = std::chrono::seconds(10);
+    // The keychain itself waits no longer for its user.
+    constexpr std::chrono::milliseconds limit = std::chrono::minutes(6);
+    std::chrono::milliseconds silence{0};
+    std::chrono::milliseconds waited{0};
+    while (m_keychainQueue && !m_keychainQueue->drain(step)) {
+        waited += step;
+        if (!m_services.keychain.isWaitingForUser())
+            silence += step;
+        if (silence >= silenceLimit || waited >= limit)
+            return false;
+    }
+    return true;
 }
 
 std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_view customClass)
@@ -97,8 +119,11 @@ std::shared_ptr<TokenDelegate> ZarnActionsApp::makeTokenDelegate()
 
 std::shared_ptr<Credentials> ZarnActionsApp::makeCredentials()
 {
-    return std::make_shared<Credentials>(
-        Credentials::Deps{m_services.keychain, keychainQueue(), m_logFile, m_connection});
+    return std::make_shared<Credentials>(Credentials::Deps{m_services.keychain, keychainQueue(),
+        m_logFile, m_connection, [this](const std::string& cause) {
+            m_services.application.performOnMainThread(
+                [this, cause] { m_status.showFailure("credentials.save", cause); });
+        }});
 }
 
 SerialQueue& ZarnActionsApp::keychainQueue()

@@ -35,8 +35,9 @@ public:
 
     /// Runs the application's main loop. Returns the exit code of the process.
     int run();
-    /// After run(): waits for the keychain writes that were accepted, 10 s at most. False when time
-    /// ran out: a write still uses this object then, so the process must end without destroying it.
+    /// After run(): waits for the keychain writes that were accepted, 10 s at most, and longer only
+    /// while the user has to unlock the keychain. False when time ran out; a write still uses this
+    /// object then, so the process must end without destroying it.
     [[nodiscard]] bool finishKeychainWrites();
 
     /// The controller of a storyboard's custom class; nullptr for an unknown one.

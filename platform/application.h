@@ -3,6 +3,7 @@
 
 #include "platform/window.h"
 
+#include <functional>
 #include <string_view>
 #include <vector>
 
@@ -23,7 +24,7 @@ public:
     virtual bool performMenuAction(std::string_view action) = 0;
 };
 
-/// The running application. Main thread only.
+/// The running application. Main thread only, except where noted.
 class Application {
 public:
     virtual ~Application() = default;
@@ -38,6 +39,9 @@ public:
     virtual void terminate() = 0;
     /// The program's own windows, in their order.
     virtual std::vector<Window*> windows() = 0;
+    /// Runs `work` on the main thread later, in the order of submission, never within this call;
+    /// not at all once the application ends. Any thread.
+    virtual void performOnMainThread(std::function<void()> work) = 0;
     /// Bits of the modifier keys held during the event being handled.
     virtual unsigned currentModifierFlags() const = 0;
 };

@@ -4,6 +4,7 @@
 #include "base/value.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -24,7 +25,7 @@ inline constexpr KeychainStatus invalidKeychain = -25295;
 inline constexpr KeychainStatus duplicateItem = -25299;
 inline constexpr KeychainStatus itemNotFound = -25300;
 inline constexpr KeychainStatus noDefaultKeychain = -25307;
-/// The service is there but locked, slow or refusing. Deliberately has no message text.
+/// The service is there but locked, slow or refusing.
 inline constexpr KeychainStatus interactionNotAllowed = -25308;
 } // namespace keychain_status
 
@@ -61,10 +62,17 @@ struct KeychainMatch {
     std::optional<KeychainItem> item;
 };
 
-/// The user's keychain. Any thread. No call blocks longer than 10 s; one on the main thread lets
-/// the window go on painting meanwhile.
+/// The user's keychain. Any thread, except where noted. No call blocks longer than 10 s, plus the
+/// time that it waits for the user to answer the unlock prompt: at most one minute on the main
+/// thread, five minutes on others. On the main thread the window goes on painting meanwhile, and
+/// Esc, closing a window or the end of the program stops the waiting (interactionNotAllowed), but
+/// not the prompt.
 class Keychain {
 public:
+    /// Called on the main thread, also while a call blocks it, with true when calls begin to wait
+    /// for the user to answer the unlock prompt and with false when none does any longer.
+    using WaitObserver = std::function<void(bool isWaiting)>;
+
     virtual ~Keychain() = default;
 
     /// duplicateItem when access group, service and account are taken; nothing changes then.
@@ -74,8 +82,13 @@ public:
     /// The first match with its secret.
     virtual KeychainMatch copyMatching(const KeychainQuery& query) = 0;
 
-    /// The text for a status, or nothing where there is none.
+    /// The text for a status, without a full stop; nothing for a number that is no status of the
+    /// keychain.
     virtual std::optional<std::string> messageText(KeychainStatus status) const = 0;
+
+    virtual bool isWaitingForUser() const = 0;
+    /// Main thread. The observer lives until the next one is set.
+    virtual void setWaitObserver(WaitObserver observer) = 0;
 };
 
 } // namespace zarn

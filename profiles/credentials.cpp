@@ -4,7 +4,6 @@
 #include "api/connection_state.h"
 #include "base/utf8.h"
 #include "log/write_to_log.h"
-#include "platform/keychain.h"
 #include "platform/serial_queue.h"
 
 namespace zarn {
@@ -75,8 +74,9 @@ void Credentials::updateItem(
     const auto status = m_deps.keychain.update(queryFor(m_keychainItemName), bytesOf(secret));
     if (status == keychain_status::success)
         return;
-    // Meant as it stands: a success is silent, and a failure without a text reads like one.
-    const bool hasText = m_deps.keychain.messageText(status).has_value();
+    // This odd pairing is intended: a success is silent, and a failure without a text reads like
+    // one.
+    const bool hasText = failureText(status).has_value();
     writeEntry("keychain item for service " + service + ", account " + account
         + (hasText ? ", failed to update." : ", has been updated."));
 }
@@ -88,9 +88,17 @@ void Credentials::addItem(
         {std::string(keychainAccessGroup), m_keychainItemName, account, bytesOf(secret)});
     if (status == keychain_status::success)
         return;
-    if (const auto text = m_deps.keychain.messageText(status))
+    if (const auto text = failureText(status))
         writeEntry(
             "Write failed for service " + service + ", account " + account + ": " + *text + ".");
+}
+
+std::optional<std::string> Credentials::failureText(KeychainStatus status)
+{
+    auto text = m_deps.keychain.messageText(status);
+    if (m_deps.notStored)
+        m_deps.notStored("The keyring did not take the secret" + (text ? ": " + *text : "") + ".");
+    return text;
 }
 
 AccountMap Credentials::checkExisting(const std::string& itemName, const std::string& account)

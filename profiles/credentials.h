@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/keychain.h"
+
 #include <functional>
 #include <map>
 #include <memory>
+#include <optional>
 #include <string>
 #include <string_view>
 
 namespace zarn {
 
-class Keychain;
 class LogFile;
 class SerialQueue;
 struct ConnectionState;
@@ -25,7 +27,8 @@ inline constexpr std::string_view currentProfileAccount = "zortcuts";
 inline constexpr std::string_view keychainQueueLabel = "com.zarn.zarn-shortcuts";
 
 /// The only code that touches the keychain. Made for one operation and dropped; a write keeps it
-/// alive until it has run. Failures are logged and never reach the caller. Nothing is ever deleted.
+/// alive until it has run. Failures are logged and never reach the caller of save(). Nothing is
+/// ever deleted.
 class Credentials final : public std::enable_shared_from_this<Credentials> {
 public:
     struct Deps {
@@ -34,6 +37,9 @@ public:
         SerialQueue& keychainQueue;
         LogFile& log;
         const ConnectionState& connection;
+        /// Called on the keychain queue when an item was not stored, with the cause in one
+        /// sentence.
+        std::function<void(const std::string& cause)> notStored = nullptr;
     };
     explicit Credentials(const Deps& deps)
         : m_deps(deps)
@@ -56,6 +62,8 @@ private:
     void updateItem(
         const std::string& account, const std::string& secret, const std::string& service);
     void addItem(const std::string& account, const std::string& secret, const std::string& service);
+    /// A write failed with this status; what it means, where that is known.
+    std::optional<std::string> failureText(KeychainStatus status);
     void writeEntry(const std::string& message);
 
     Deps m_deps;

@@ -23,7 +23,8 @@ namespace zarn::linux_backend {
 
 namespace {
 
-constexpr std::chrono::seconds keychainLimit{9};
+/// A person may be typing the keyring's password.
+constexpr CallContext::Limits keychainLimits{std::chrono::seconds(9), std::chrono::minutes(1)};
 
 /// Prints what is found, line by line, and counts what is wrong.
 class Diagnosis {
@@ -138,18 +139,17 @@ std::string Diagnosis::keychainProbe(KeychainStore& store, CallContext& call)
         "probe-" + randomText(), Data(secret.begin(), secret.end())};
     const KeychainQuery query{item.accessGroup, item.service, item.account, true};
     const auto failure = [](const char* step, KeychainStatus status) {
-        return std::string(step) + ": "
-            + keychainMessageText(status).value_or("the keychain is locked or does not answer")
-            + " (" + std::to_string(status) + ")";
+        return std::string(step) + ": " + keychainMessageText(status).value_or("") + " ("
+            + std::to_string(status) + ")";
     };
-    call.begin(keychainLimit);
+    call.begin(keychainLimits);
     if (const auto status = store.add(item); status != keychain_status::success)
         return failure("not written", status);
-    call.begin(keychainLimit);
+    call.begin(keychainLimits);
     const auto match = store.copyMatching(query);
-    call.begin(keychainLimit);
+    call.begin(keychainLimits);
     const auto erased = store.erase(query);
-    call.begin(keychainLimit);
+    call.begin(keychainLimits);
     if (match.status != keychain_status::success)
         return failure("not read", match.status);
     if (match.item->secret != item.secret)
@@ -165,6 +165,7 @@ void Diagnosis::keychain(KeychainOptions options)
 {
     options.moveItems = false;
     CallContext call([this](const std::string& text) { line("keychain", text); });
+    call.begin(keychainLimits);
     const auto store = moduleStore(options)(call);
     const auto trouble = keychainProbe(*store, call);
     if (trouble.empty())

@@ -296,6 +296,7 @@ void LinuxPlatform::setDisplayLost(std::function<void()> work)
 void LinuxPlatform::announceEnding()
 {
     m_adapters->instance.announceEnding();
+    m_adapters->display->keychain.announceEnding();
 }
 
 } // namespace zarn::linux_backend

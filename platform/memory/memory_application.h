@@ -7,9 +7,11 @@
 #include <cstddef>
 #include <deque>
 #include <functional>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <string_view>
+#include <utility>
 #include <vector>
 
 namespace zarn::memory {
@@ -80,6 +82,17 @@ public:
     }
     std::vector<Window*> windows() override;
     unsigned currentModifierFlags() const override { return modifierFlags; }
+    void performOnMainThread(std::function<void()> work) override
+    {
+        const std::lock_guard lock(m_mutex);
+        m_posted.push_back(std::move(work));
+    }
+    /// Control comes back to the event loop: runs what was submitted for the main thread.
+    void runPosted()
+    {
+        for (auto work = takePosted(); work; work = takePosted())
+            work();
+    }
     bool isEnding() const { return m_ending; }
 
     /// In their order; without them, the windows of the storyboard.
@@ -89,10 +102,22 @@ public:
     std::function<void()> onTerminate;
 
 private:
+    std::function<void()> takePosted()
+    {
+        const std::lock_guard lock(m_mutex);
+        if (m_posted.empty())
+            return nullptr;
+        auto work = std::move(m_posted.front());
+        m_posted.pop_front();
+        return work;
+    }
+
     Hooks m_hooks;
     ApplicationDelegate* m_delegate = nullptr;
     bool m_ending = false;
     std::vector<std::string>& m_events;
+    std::mutex m_mutex;
+    std::deque<std::function<void()>> m_posted;
 };
 
 /// Answers alerts as the user does while they are open (`whileOpen`), else from a script, else with

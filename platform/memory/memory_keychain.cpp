@@ -56,15 +56,25 @@ std::optional<std::string> MemoryKeychain::messageText(KeychainStatus status) co
 {
     switch (status) {
     case keychain_status::success:
-        return "No error.";
+        return "No error";
     case keychain_status::userCanceled:
-        return "The user refused.";
+        return "The user refused";
     case keychain_status::notAvailable:
-        return "There is no keychain.";
+        return "There is no keychain";
     case keychain_status::duplicateItem:
-        return "The item exists already.";
+        return "The item exists already";
     case keychain_status::itemNotFound:
-        return "There is no such item.";
+        return "There is no such item";
+    case keychain_status::ioFailure:
+        return "The keychain cannot be read or written";
+    case keychain_status::readOnly:
+        return "The keychain cannot be changed";
+    case keychain_status::invalidKeychain:
+        return "The keychain does not open";
+    case keychain_status::noDefaultKeychain:
+        return "There is no default keychain";
+    case keychain_status::interactionNotAllowed:
+        return "The keychain is locked";
     default:
         return std::nullopt;
     }

@@ -3,10 +3,10 @@
 
 #include "platform/keychain.h"
 
-#include <functional>
-#include <map>
+#include <atomic>
 #include <mutex>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace zarn::memory {
@@ -24,6 +24,14 @@ public:
     KeychainStatus update(const KeychainQuery& query, const Data& secret) override;
     KeychainMatch copyMatching(const KeychainQuery& query) override;
     std::optional<std::string> messageText(KeychainStatus status) const override;
+    bool isWaitingForUser() const override { return m_isWaiting; }
+    void setWaitObserver(WaitObserver observer) override { m_observer = std::move(observer); }
+    /// The unlock prompt opens or is answered.
+    void setWaitingForUser(bool isWaiting)
+    {
+        if (m_isWaiting.exchange(isWaiting) != isWaiting && m_observer)
+            m_observer(isWaiting);
+    }
 
     std::vector<KeychainItem> items;
     std::vector<KeychainQuery> queries;
@@ -36,6 +44,8 @@ private:
     KeychainItem* firstMatch(const KeychainQuery& query);
 
     std::vector<std::string>& m_events;
+    std::atomic<bool> m_isWaiting = false;
+    WaitObserver m_observer;
     mutable std::mutex m_mutex;
 };
 

@@ -29,16 +29,19 @@ public:
     }
     bool drain(std::chrono::milliseconds limit) override
     {
-        drainLimit = limit;
+        if (busyFor > std::chrono::milliseconds(0)) {
+            busyFor -= limit;
+            return false;
+        }
         runAll();
         return true;
     }
     const std::string& label() const override { return m_label; }
 
+    /// For how long in all drain() is in vain; it does not really wait.
+    std::chrono::milliseconds busyFor{0};
     /// Where work is recorded that is submitted, if anywhere.
     std::vector<std::string>* events = nullptr;
-    /// How long the last drain() may have taken.
-    std::chrono::milliseconds drainLimit{};
     std::size_t pending() const { return m_work.size(); }
     void runAll()
     {

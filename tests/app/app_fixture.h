@@ -21,6 +21,8 @@ inline ProductTexts testProductTexts()
 /// The whole application on the in-memory platform: a fresh process for each test.
 class AppTest : public testing::Test {
 protected:
+    /// The windows go before what their controllers use, as they do at the end of a run.
+    ~AppTest() override { end(); }
     /// Starts it as the platform's loop does: the main window is loaded and shown.
     void start()
     {

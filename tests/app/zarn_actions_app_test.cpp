@@ -5,10 +5,13 @@
 #include "tests/app/app_fixture.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace zarn {
 
 namespace {
+
+using namespace std::chrono_literals;
 
 class WholeAppTest : public AppTest {
 protected:
@@ -43,6 +46,10 @@ protected:
             platform.urlSessions.reply(200, R"({"version":"10.49.1-t1712"})");
         click("updateServerInfo_Button");
         platform.urlSessions.deliverAll();
+    }
+    std::string statusLine()
+    {
+        return mainWindow().outlets.labelNamed("status_Label").stringValue();
     }
     std::string secretOf(const std::string& service, const std::string& account) const
     {
@@ -133,12 +140,63 @@ TEST_F(WholeAppTest, QuittingRightAfterSuccessLosesNoKeychainWrite)
     EXPECT_NE(secretOf("ZPMA-zortcuts", "zortcuts"), "none");
 }
 
-TEST_F(WholeAppTest, TheEndWaitsTenSecondsForKeychainWrites)
+TEST_F(WholeAppTest, TheEndWaitsTenSecondsForAKeychainThatIsSilent)
 {
     start();
-    addServer("A", "https://a", true);
+    addServer("Head office", "https://zarn.example", true);
+    auto& queue = *platform.serialQueues.made.front();
+    queue.busyFor = 9950ms;
     EXPECT_TRUE(app().finishKeychainWrites());
-    EXPECT_EQ(platform.serialQueues.made.front()->drainLimit, std::chrono::seconds(10));
+    queue.busyFor = 1h;
+    EXPECT_FALSE(app().finishKeychainWrites());
+    EXPECT_EQ(queue.busyFor, 1h - 10s);
+}
+
+TEST_F(WholeAppTest, TheEndWaitsLongerOnlyWhileTheUserHasToUnlockTheKeychain)
+{
+    start();
+    addServer("Head office", "https://zarn.example", true);
+    auto& queue = *platform.serialQueues.made.front();
+    platform.keychain.setWaitingForUser(true);
+    queue.busyFor = 5min;
+    EXPECT_TRUE(app().finishKeychainWrites());
+    EXPECT_EQ(secretOf("ZPMA-zarn.example", "admin"), "s3cret");
+    queue.busyFor = 1h;
+    EXPECT_FALSE(app().finishKeychainWrites());
+    EXPECT_EQ(queue.busyFor, 1h - 6min);
+}
+
+TEST_F(WholeAppTest, TheStatusLineSaysThatTheKeyringIsToBeUnlocked)
+{
+    start();
+    platform.keychain.setWaitingForUser(true);
+    EXPECT_EQ(statusLine(), "Waiting for the keyring to be unlocked");
+    platform.keychain.setWaitingForUser(false);
+    EXPECT_EQ(statusLine(), "");
+}
+
+TEST_F(WholeAppTest, TheKeychainHasNoObserverOnceTheProgramHasEnded)
+{
+    start();
+    end();
+    platform.keychain.setWaitingForUser(true);
+}
+
+TEST_F(WholeAppTest, ASecretThatWasNotStoredIsInTheStatusLineAndOnStandardOutput)
+{
+    start();
+    platform.keychain.addStatus = keychain_status::readOnly;
+    addServer("Head office", "https://zarn.example", true);
+    EXPECT_TRUE(app().finishKeychainWrites());
+    EXPECT_EQ(statusLine(), "") << "the failure has not reached the main thread yet";
+    platform.application.runPosted();
+    const std::string cause
+        = "The keyring did not take the secret: The keychain cannot be changed.";
+    EXPECT_EQ(statusLine(), cause);
+    const std::string line = "[credentials.save] " + cause;
+    EXPECT_EQ(std::count(platform.console.lines.begin(), platform.console.lines.end(), line), 2);
+    EXPECT_EQ(
+        platform.alertRunner.shown.back().informativeText, "Head office was successfully set");
 }
 
 TEST_F(WholeAppTest, TheKeychainQueueIsMadeOnceOnFirstUseUnderItsName)

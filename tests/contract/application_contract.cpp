@@ -2,6 +2,7 @@
 #include "tests/contract/application_contract.h"
 
 #include <algorithm>
+#include <thread>
 
 namespace zarn {
 
@@ -47,6 +48,32 @@ TEST_F(ApplicationContract, TerminatingReturnsAndNoLaterEventIsHandled)
                   [&] { happens("a later event"); }}),
         0);
     EXPECT_EQ(events(), (Texts{"terminate returned", "terminating", "LoginVC ended"}));
+}
+
+TEST_F(ApplicationContract, WorkForTheMainThreadRunsThereLaterAndInItsOrder)
+{
+    auto& application = fixture->application();
+    std::thread::id thread;
+    EXPECT_EQ(runWith({[&] {
+                           events().clear();
+                           std::thread([&] {
+                               application.performOnMainThread([&] {
+                                   thread = std::this_thread::get_id();
+                                   happens("first");
+                               });
+                           }).join();
+                           application.performOnMainThread([&] { happens("second"); });
+                           happens("submitted");
+                       },
+                  [&] {
+                      fixture->settle();
+                      application.terminate();
+                      application.performOnMainThread([&] { happens("after the end"); });
+                  }}),
+        0);
+    fixture->settle();
+    EXPECT_EQ(thread, std::this_thread::get_id());
+    EXPECT_EQ(events(), (Texts{"submitted", "first", "second", "terminating", "LoginVC ended"}));
 }
 
 TEST_F(ApplicationContract, NoControllerOutlivesTheRun)

@@ -186,16 +186,20 @@ TEST_P(KeychainContract, CallsFromManyThreadsAtOnceAllCount)
     EXPECT_EQ(refused, 3);
 }
 
-TEST_P(KeychainContract, EveryStatusHasATextExceptInteractionNotAllowed)
+TEST_P(KeychainContract, EveryStatusHasAText)
 {
-    for (const auto status : {keychain_status::userCanceled, keychain_status::notAvailable,
-             keychain_status::duplicateItem, keychain_status::itemNotFound}) {
+    for (const auto status : {keychain_status::success, keychain_status::ioFailure,
+             keychain_status::userCanceled, keychain_status::notAvailable,
+             keychain_status::readOnly, keychain_status::invalidKeychain,
+             keychain_status::duplicateItem, keychain_status::itemNotFound,
+             keychain_status::noDefaultKeychain, keychain_status::interactionNotAllowed}) {
         const auto text = keychain.messageText(status);
         ASSERT_TRUE(text) << status;
         EXPECT_FALSE(text->empty()) << status;
         EXPECT_EQ(text->find('\n'), std::string::npos) << status;
+        EXPECT_NE(text->back(), '.') << status;
     }
-    EXPECT_EQ(keychain.messageText(keychain_status::interactionNotAllowed), std::nullopt);
+    EXPECT_EQ(keychain.messageText(1), std::nullopt);
 }
 
 } // namespace zarn

@@ -181,6 +181,17 @@ class Screen:
     def control(self, role, name, seconds=10.0):
         return wait_for(lambda: self.find(role, name), f"{role} {name!r}", seconds)
 
+    def named(self, role):
+        """The accessible name of the first control of this role that is showing."""
+        def found():
+            for window in self.windows():
+                for node in _walk(window):
+                    if node.get_role_name() == role and is_showing(node):
+                        return [node.get_name()]
+            return None
+
+        return wait_for(found, f"a {role}")[0]
+
     def shows(self, role, name):
         return self.find(role, name) is not None
 

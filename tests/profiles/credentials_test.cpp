@@ -13,7 +13,7 @@ namespace zarn {
 namespace {
 
 constexpr const char* notFoundLine = "[credentials.checkExisting] lookup error occurred: -25300";
-constexpr KeychainStatus withoutText = keychain_status::interactionNotAllowed;
+constexpr KeychainStatus withoutText = 1;
 
 class CredentialsTest : public LoginTest {
 protected:
@@ -165,7 +165,7 @@ TEST_F(CredentialsTest, AFailedAddWithATextIsLoggedWithIt)
     saveNow("host", "admin", "secret");
     EXPECT_EQ(logMessages(),
         (std::vector<std::string>{
-            notFoundLine, "Write failed for service host, account admin: There is no keychain.."}));
+            notFoundLine, "Write failed for service host, account admin: There is no keychain."}));
 }
 
 TEST_F(CredentialsTest, AFailedAddWithoutATextIsNotLogged)
@@ -175,12 +175,38 @@ TEST_F(CredentialsTest, AFailedAddWithoutATextIsNotLogged)
     EXPECT_EQ(logMessages(), (std::vector<std::string>{notFoundLine}));
 }
 
+TEST_F(CredentialsTest, EachItemThatIsNotStoredIsReportedWithItsCause)
+{
+    std::vector<std::string> causes;
+    const auto save = [&](const std::string& service) {
+        std::make_shared<Credentials>(
+            Credentials::Deps{platform.keychain, queue, logFile, connection,
+                [&](const auto& cause) { causes.push_back(cause); }})
+            ->save(service, "admin", "secret");
+        queue.runAll();
+    };
+    save("stored");
+    save("stored");
+    EXPECT_EQ(causes, std::vector<std::string>{});
+    storeSecret("zortcuts-apiClient-old", "admin", "old");
+    platform.keychain.updateStatus = keychain_status::userCanceled;
+    save("old");
+    platform.keychain.addStatus = keychain_status::notAvailable;
+    save("new");
+    platform.keychain.addStatus = withoutText;
+    save("new");
+    EXPECT_EQ(causes,
+        (std::vector<std::string>{"The keyring did not take the secret: The user refused.",
+            "The keyring did not take the secret: There is no keychain.",
+            "The keyring did not take the secret."}));
+}
+
 TEST_F(CredentialsTest, LogLinesNameTheServiceAsItWasPassed)
 {
     platform.keychain.addStatus = keychain_status::userCanceled;
     saveNow("ZPMA-zortcuts", "zortcuts", "secret");
     EXPECT_EQ(logMessages().back(),
-        "Write failed for service ZPMA-zortcuts, account zortcuts: The user refused..");
+        "Write failed for service ZPMA-zortcuts, account zortcuts: The user refused.");
 }
 
 TEST_F(CredentialsTest, NoLogLineHoldsASecret)
@@ -244,6 +270,8 @@ public:
     }
     KeychainMatch copyMatching(const KeychainQuery&) override { return answer; }
     std::optional<std::string> messageText(KeychainStatus) const override { return std::nullopt; }
+    bool isWaitingForUser() const override { return false; }
+    void setWaitObserver(WaitObserver) override { }
 
     KeychainMatch answer;
 };

@@ -11,7 +11,7 @@ public:
     explicit BegunCall(Report report = {})
         : CallContext(std::move(report))
     {
-        begin(std::chrono::minutes(10));
+        begin({std::chrono::minutes(10)});
     }
 };
 

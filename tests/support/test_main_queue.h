@@ -32,7 +32,7 @@ public:
             lock.unlock();
             const bool isDone = done();
             lock.lock();
-            if (isDone || std::chrono::steady_clock::now() >= deadline)
+            if (isDone || m_isStopped || std::chrono::steady_clock::now() >= deadline)
                 return isDone;
             m_changed.wait_for(lock, std::chrono::milliseconds(20), [this] { return m_woken; });
             m_woken = false;
@@ -43,6 +43,14 @@ public:
     {
         const std::lock_guard lock(m_mutex);
         m_woken = true;
+        m_changed.notify_all();
+    }
+
+    /// As the user's Esc does: ends the wait that is under way and those that begin later.
+    void stopWaiting()
+    {
+        const std::lock_guard lock(m_mutex);
+        m_isStopped = m_woken = true;
         m_changed.notify_all();
     }
 
@@ -81,6 +89,7 @@ private:
     std::condition_variable m_changed;
     std::deque<std::function<void()>> m_work;
     bool m_woken = false;
+    bool m_isStopped = false;
 };
 
 } // namespace zarn::linux_backend

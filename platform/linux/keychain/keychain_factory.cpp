@@ -7,13 +7,10 @@ namespace zarn::linux_backend {
 
 namespace {
 
-constexpr std::chrono::seconds choiceLimit{5};
-
 /// No bus, or a bus that knows no such service. A service that is locked, slow or refuses is there,
 /// and so may be one behind a bus that cannot be reached.
 bool isServiceProvablyAbsent(CallContext& call)
 {
-    call.begin(choiceLimit);
     return SecretConnection(call).find() == CallOutcome::Absent;
 }
 

@@ -9,8 +9,7 @@
 namespace zarn::linux_backend {
 
 /// Chooses the place where items are kept, once for the life of the store, and opens it. Call it on
-/// the thread that will use the store; it returns within seconds whatever state the session bus is
-/// in. `call` outlives the store.
+/// the thread that will use the store, within a call of `call`, which outlives the store.
 std::unique_ptr<KeychainStore> makeKeychainStore(const KeychainOptions& options, CallContext& call);
 
 } // namespace zarn::linux_backend

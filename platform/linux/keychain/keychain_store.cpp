@@ -42,6 +42,8 @@ std::optional<std::string> keychainMessageText(KeychainStatus status)
         return "The item could not be found in the keychain";
     case keychain_status::noDefaultKeychain:
         return "There is no default keychain";
+    case keychain_status::interactionNotAllowed:
+        return "The keyring is locked or does not answer";
     default:
         return std::nullopt;
     }

@@ -66,7 +66,7 @@ struct KeychainOptions {
 /// Options with this user's folders.
 KeychainOptions keychainOptions(KeychainChoice choice);
 
-/// The text for a status; none for -25308.
+/// The text for a status; none for any other number.
 std::optional<std::string> keychainMessageText(KeychainStatus status);
 
 } // namespace zarn::linux_backend

@@ -34,14 +34,22 @@ public:
     SecretPrompt(const SecretPrompt&) = delete;
     SecretPrompt& operator=(const SecretPrompt&) = delete;
 
-    /// Shows the prompt (once) and waits; Open when time ran out.
-    State wait()
+    CallOutcome show()
+    {
+        return m_connection
+            .call(m_path.c_str(), promptInterface, "Prompt", g_variant_new("(s)", ""), "()")
+            .outcome;
+    }
+
+    /// Waits for the user; Open when time ran out.
+    State wait(CallContext& call)
     {
         m_connection.await().poll();
-        if (m_state == State::Open && !m_isShown)
-            show();
-        m_connection.await().until(
-            [this] { return m_state != State::Open || !m_connection.isOpen(); });
+        if (m_state == State::Open && m_connection.isOpen()) {
+            const CallContext::PromptWait waiting(call, m_opened);
+            m_connection.await().until(
+                [this] { return m_state != State::Open || !m_connection.isOpen(); });
+        }
         return m_state == State::Open && !m_connection.isOpen() ? State::Vanished : m_state;
     }
 
@@ -58,22 +66,11 @@ private:
         prompt.m_state = isDismissed ? State::Dismissed : State::Completed;
     }
 
-    void show()
-    {
-        m_isShown = true;
-        const auto outcome
-            = m_connection
-                  .call(m_path.c_str(), promptInterface, "Prompt", g_variant_new("(s)", ""), "()")
-                  .outcome;
-        if (outcome != CallOutcome::Answered && outcome != CallOutcome::NotAnswering)
-            m_state = State::Vanished;
-    }
-
     SecretConnection& m_connection;
     const std::string m_path;
     const ObjectPtr<GDBusConnection> m_bus;
+    const CallContext::Clock::time_point m_opened = CallContext::Clock::now();
     guint m_subscription = 0;
-    bool m_isShown = false;
     State m_state = State::Open;
 };
 
@@ -102,6 +99,9 @@ KeychainStatus SecretKeyring::failed(CallOutcome outcome, const std::string& err
                       "encrypted file)");
         return keychain_status::notAvailable;
     case CallOutcome::NotAnswering:
+        // Nobody waited any longer, which says nothing about the service.
+        if (m_call.stopToken().stop_requested())
+            break;
         // The next call starts afresh instead of trusting a session in an unknown state.
         m_prompt.reset();
         m_connection.close();
@@ -147,7 +147,7 @@ KeychainStatus SecretKeyring::isLocked(const std::string& collection, bool& lock
 
 KeychainStatus SecretKeyring::waitForPrompt()
 {
-    const auto state = m_prompt->wait();
+    const auto state = m_prompt->wait(m_call);
     if (state == SecretPrompt::State::Open)
         return keychain_status::interactionNotAllowed;
     m_prompt.reset();
@@ -166,6 +166,12 @@ KeychainStatus SecretKeyring::finish(GVariant* reply, gsize index)
     if (std::string_view(prompt) == "/")
         return keychain_status::success;
     m_prompt = std::make_unique<SecretPrompt>(m_connection, prompt);
+    const auto shown = m_prompt->show();
+    // A call that nobody waits for any longer leaves the prompt to the next one.
+    if (shown != CallOutcome::Answered && !m_call.stopToken().stop_requested()) {
+        m_prompt.reset();
+        return failed(shown == CallOutcome::NoSuchObject ? CallOutcome::NotAnswering : shown);
+    }
     return waitForPrompt();
 }
 

@@ -16,7 +16,8 @@ public:
     virtual bool isMainThread() const = 0;
     /// Main thread only. Waits until `done` returns true, at most `limit`, while windows are still
     /// painted; user input and posted work are held back until the wait ends. Calls `done` after
-    /// each wake() and at least every 20 ms. Returns its last result.
+    /// each wake() and at least every 20 ms. Ends early when the user presses Esc or closes a
+    /// window and when the program ends. Returns the last result of `done`.
     virtual bool waitWhilePainting(
         const std::function<bool()>& done, std::chrono::milliseconds limit)
         = 0;

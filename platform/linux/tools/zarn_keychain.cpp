@@ -120,7 +120,7 @@ void complain(const std::string& line)
 
 int failed(KeychainStatus status)
 {
-    complain(keychainMessageText(status).value_or("The keyring is locked or does not answer"));
+    complain(keychainMessageText(status).value_or(""));
     return exitCode(status);
 }
 
@@ -210,9 +210,10 @@ int run(const std::vector<std::string>& arguments)
     auto options = keychainOptions(command->choice);
     options.moveItems = false;
     CallContext call(complain);
+    call.begin({std::chrono::seconds(5)});
     const auto store = makeKeychainStore(options, call);
     // A person may be typing the keyring's password.
-    call.begin(std::chrono::seconds(60));
+    call.begin({std::chrono::seconds(60), std::chrono::minutes(5)});
     return isList ? list(*store, *command) : show(*store, *command);
 }
 

@@ -246,6 +246,7 @@ void QtApplication::activateForOtherStart(const std::string& token)
 void QtApplication::terminate()
 {
     m_ending = true;
+    m_mainQueue->stopWaiting();
     QCoreApplication::exit(0);
 }
 
@@ -255,6 +256,14 @@ std::vector<Window*> QtApplication::windows()
     for (auto* scene : m_storyboard.scenes())
         result.push_back(&scene->sceneWindow());
     return result;
+}
+
+void QtApplication::performOnMainThread(std::function<void()> work)
+{
+    m_mainQueue->post([this, work = std::move(work)] {
+        if (!m_ending)
+            work();
+    });
 }
 
 unsigned QtApplication::currentModifierFlags() const

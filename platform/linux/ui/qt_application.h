@@ -28,6 +28,7 @@ public:
     void activateIgnoringOtherApps() override;
     void terminate() override;
     std::vector<Window*> windows() override;
+    void performOnMainThread(std::function<void()> work) override;
     unsigned currentModifierFlags() const override;
 
     /// Activates the application for another start of the program. `token` is what the desktop gave

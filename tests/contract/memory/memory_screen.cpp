@@ -69,7 +69,12 @@ public:
     Storyboards& storyboards() override { return m_platform.storyboards; }
     AlertFixture& alerts() override { return m_alerts; }
     int run(ApplicationDelegate& delegate, std::vector<std::function<void()>> steps) override;
-    void settle() override { main().endDismissed(); }
+    void settle() override
+    {
+        if (!m_platform.application.isEnding())
+            m_platform.application.runPosted();
+        main().endDismissed();
+    }
 
     bool click(std::string_view button) override;
     bool choose(std::string_view title, bool withOption) override;

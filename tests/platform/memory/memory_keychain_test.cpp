@@ -43,13 +43,17 @@ TEST_F(MemoryKeychainTest, AScriptedStatusChangesNothing)
     EXPECT_EQ(keychain.items[0].secret, Data{1});
 }
 
-TEST_F(MemoryKeychainTest, OnlyOneStatusHasNoText)
+TEST_F(MemoryKeychainTest, TheObserverHearsEachChangeOfTheWaitOnce)
 {
-    for (const auto status :
-        {keychain_status::success, keychain_status::userCanceled, keychain_status::notAvailable,
-            keychain_status::duplicateItem, keychain_status::itemNotFound})
-        EXPECT_FALSE(keychain.messageText(status).value_or("").empty()) << status;
-    EXPECT_EQ(keychain.messageText(keychain_status::interactionNotAllowed), std::nullopt);
+    std::vector<bool> heard;
+    keychain.setWaitObserver([&](bool isWaiting) {
+        EXPECT_EQ(keychain.isWaitingForUser(), isWaiting);
+        heard.push_back(isWaiting);
+    });
+    EXPECT_FALSE(keychain.isWaitingForUser());
+    for (const bool isWaiting : {false, true, true, false})
+        keychain.setWaitingForUser(isWaiting);
+    EXPECT_EQ(heard, (std::vector<bool>{true, false}));
 }
 
 } // namespace

@@ -339,10 +339,10 @@ TEST_F(FileKeychainTest, ForeignLockIsWaitedForWithinTheLimitOnly)
     ASSERT_EQ(::flock(lock, LOCK_EX), 0);
     auto keychain = open();
     const auto begin = std::chrono::steady_clock::now();
-    call->begin(100ms);
+    call->begin({100ms});
     EXPECT_EQ(keychain.add({"group", "s", "a", {}}), keychain_status::interactionNotAllowed);
     EXPECT_LT(std::chrono::steady_clock::now() - begin, 3s);
-    call->begin(20s);
+    call->begin({20s});
     EXPECT_EQ(copy(keychain), keychain_status::success) << "readers need no lock";
     ::close(lock);
     EXPECT_EQ(add(keychain, "other"), keychain_status::success);

@@ -166,8 +166,14 @@ int run(const std::vector<std::string>& arguments)
 {
     const auto choice = keychainChoice(arguments.at(0)).value_or(KeychainChoice::Automatic);
     WatchedMainQueue mainQueue;
-    KeychainThread keychain(mainQueue, moduleStore(keychainOptions(choice)));
-    for (auto it = arguments.begin() + 1; it != arguments.end(); ++it) {
+    KeychainThread::Limits limits;
+    auto it = arguments.begin() + 1;
+    if (const auto words = split(*it); words.at(0) == "prompt-limit") {
+        limits.main.prompt = std::chrono::milliseconds(std::stoi(words.at(1)));
+        ++it;
+    }
+    KeychainThread keychain(mainQueue, moduleStore(keychainOptions(choice)), limits);
+    for (; it != arguments.end(); ++it) {
         const auto words = split(*it);
         if (words.at(0) == "pause") {
             // Until the test says that the next state has been reached.
@@ -203,8 +209,9 @@ int run(const std::vector<std::string>& arguments)
 int main(int argc, char** argv)
 {
     if (argc < 3) {
-        std::fputs(
-            "usage: keychain_probe CHOICE OPERATION,SERVICE,ACCOUNT[,SECRET]|pause ...\n", stderr);
+        std::fputs("usage: keychain_probe CHOICE [prompt-limit,MILLISECONDS] "
+                   "OPERATION,SERVICE,ACCOUNT[,SECRET]|pause ...\n",
+            stderr);
         return 2;
     }
     return zarn::linux_backend::run({argv + 1, argv + argc});

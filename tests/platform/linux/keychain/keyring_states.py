@@ -6,7 +6,8 @@ usage: keyring_states.py BUILD_FOLDER [-v]
 
 Each scenario runs in a desktop of its own (with_desktop), with gnome-keyring or with the hostile
 stand-in, and uses the keychain from a main thread as the window does. Checked for each call: its
-status, that the answer came within 10 s, that painting never stood still for 50 ms (less
+status, that the answer came within 10 s (while the unlock prompt is open: as long as it is waited
+for), that painting never stood still for 50 ms (less
 what the thread stood ready while the machine ran others), the lines on standard error, and that
 the store never changed in silence. The last line is the worst of all figures.
 """
@@ -120,6 +121,7 @@ class Scenario(unittest.TestCase):
     build = None
     worst = [0.0, 0.0]
     is_of_the_keychain = True
+    answer_limit_ms = ANSWER_LIMIT_MS
 
     def runTest(self):
         name = type(self).__name__
@@ -132,7 +134,9 @@ class Scenario(unittest.TestCase):
         sys.stdout.write(f"{name:42} answer {float(took):7.1f} ms, painting stood still "
                          f"{float(stall):5.1f} ms\n")
         if self.is_of_the_keychain:
-            self.worst[0] = max(self.worst[0], float(took))
+            # What the user took to answer a prompt is no fault of the keychain's.
+            if self.answer_limit_ms == ANSWER_LIMIT_MS:
+                self.worst[0] = max(self.worst[0], float(took))
             self.worst[1] = max(self.worst[1], float(stall))
 
     def check(self, world):
@@ -141,7 +145,7 @@ class Scenario(unittest.TestCase):
     def expect_in_time(self, calls):
         self.assertTrue(calls)
         for call in calls:
-            self.assertLess(call.took, ANSWER_LIMIT_MS)
+            self.assertLess(call.took, self.answer_limit_ms)
             self.assertLess(call.stall, STALL_LIMIT_MS)
             self.measured[0] = max(self.measured[0], call.took)
             self.measured[1] = max(self.measured[1], call.stall)
@@ -307,19 +311,46 @@ class AnsweredPromptGivesTheItem(Scenario):
         self.expect(world.probe(COPY, ADD), [0, 0], ["locked"], ["admin=geheim", "-"])
 
 
+class PromptThatIsAnsweredAfterASilentServiceIsGivenUpGivesTheItem(Scenario):
+    answer_limit_ms = 20_000
+
+    def check(self, world):
+        world.stand_in("answered=11")
+        self.expect(world.probe(COPY, ADD), [0, 0], ["locked"], ["admin=geheim", "-"])
+        self.assertGreater(self.measured[0], 10_500)
+        self.assertEqual(world.calls("Prompt"), 1)
+
+
+class UnansweredPromptIsWaitedForAMinute(Scenario):
+    answer_limit_ms = 65_000
+
+    def check(self, world):
+        world.stand_in("unanswered")
+        self.expect(world.probe(COPY), [LOCKED], ["locked"])
+        self.assertGreater(self.measured[0], 59_000)
+        self.assertEqual(world.calls("Dismiss"), 0)
+
+
 class UnansweredPromptStaysOpenAndIsAskedOnce(Scenario):
     def check(self, world):
         world.stand_in("unanswered")
-        self.expect(world.probe(COPY, COPY), [LOCKED] * 2, ["locked"])
+        self.expect(world.probe("prompt-limit,2000", COPY, COPY, COPY), [LOCKED] * 3, ["locked"])
         self.assertEqual(world.calls("Prompt"), 1)
         self.assertEqual(world.calls("Dismiss"), 0)
 
 
 class PromptAnsweredAfterTheLimitHelpsTheNextCall(Scenario):
     def check(self, world):
-        world.stand_in("answered=11")
-        self.expect(world.probe(COPY, COPY), [LOCKED, 0], ["locked"], ["-", "admin=geheim"])
+        world.stand_in("answered=6")
+        self.expect(world.probe("prompt-limit,4000", COPY, COPY), [LOCKED, 0], ["locked"],
+                    ["-", "admin=geheim"])
         self.assertEqual(world.calls("Prompt"), 1)
+
+
+class ServiceThatIsSilentWhenItIsToShowItsPromptDoesNotAnswer(Scenario):
+    def check(self, world):
+        world.stand_in("silent-prompt")
+        self.expect(world.probe(COPY), [LOCKED], ["locked", "silent"])
 
 
 # ---------------------------------------------------------------- dies in the middle
