@@ -23,9 +23,9 @@ void AboutVC::connectOutlets(OutletSource& source)
 void AboutVC::viewDidLoad()
 {
     m_deps.notificationCenter.addObserver(
-        this, interfaceThemeChanged, [this] { interfaceModeChanged(); });
+        this, interfaceThemeChanged, [this] { interfaceModeChangedWithSender(); });
     view().setWantsLayer(true);
-    interfaceModeChanged();
+    interfaceModeChangedWithSender();
     if (auto* window = view().window()) {
         window->setTitlebarAppearsTransparent(true);
         window->setOpaque(false);
@@ -48,7 +48,7 @@ void AboutVC::stopObserving()
     m_deps.notificationCenter.removeObserver(this, interfaceThemeChanged);
 }
 
-void AboutVC::interfaceModeChanged()
+void AboutVC::interfaceModeChangedWithSender()
 {
     m_deps.appearance.applyAppearance(
         m_deps.appearance.isDarkMode(), view(), &license_textfield.get());

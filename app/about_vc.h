@@ -33,7 +33,7 @@ public:
     bool performAction(std::string_view, Button*) override { return false; }
 
 private:
-    void interfaceModeChanged();
+    void interfaceModeChangedWithSender();
     void stopObserving();
 
     Deps m_deps;

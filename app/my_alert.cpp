@@ -34,7 +34,7 @@ void MyAlert::showUpdateResult(bool updateAvailable, std::string_view currentVer
     alert.buttons = {{"View", ""}, {"Ignore", ""}};
     if (m_deps.runner.runModal(alert) != alertFirstButtonReturn)
         return;
-    if (const auto url = Url::fromText(m_deps.updateCheckPageUrl))
+    if (const auto url = Url::fromText(m_deps.updateCheckPageURL))
         m_deps.workspace.openUrl(*url);
 }
 

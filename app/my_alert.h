@@ -19,7 +19,7 @@ public:
         AlertRunner& runner;
         Application& application;
         Workspace& workspace;
-        std::string updateCheckPageUrl;
+        std::string updateCheckPageURL;
     };
     explicit MyAlert(Deps deps)
         : m_deps(std::move(deps))

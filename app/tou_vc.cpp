@@ -26,7 +26,7 @@ void ToUVC::viewDidLoad()
 void ToUVC::viewWillAppear()
 {
     view().setWantsLayer(true);
-    interfaceModeChanged();
+    interfaceModeChangedWithSender();
     m_window = view().window();
     if (!m_window)
         fatalError("the terms of use have no window");
@@ -59,7 +59,7 @@ void ToUVC::exitOrAccept(const Button& sender)
         m_deps.application.terminate();
 }
 
-void ToUVC::interfaceModeChanged()
+void ToUVC::interfaceModeChangedWithSender()
 {
     m_deps.appearance.applyAppearance(
         m_deps.appearance.isDarkMode(), view(), &termsOfUse_TextView.get());
@@ -69,7 +69,7 @@ FollowingToUVC::FollowingToUVC(const Deps& deps, DistributedNotificationCenter& 
     : ToUVC(deps)
     , m_center(center)
 {
-    m_center.addObserver(this, interfaceThemeChanged, [this] { interfaceModeChanged(); });
+    m_center.addObserver(this, interfaceThemeChanged, [this] { interfaceModeChangedWithSender(); });
 }
 
 FollowingToUVC::~FollowingToUVC()

@@ -29,7 +29,7 @@ public:
     void viewWillAppear() override;
     /// "exitOrAccept", the action of both buttons.
     bool performAction(std::string_view action, Button* button) override;
-    void interfaceModeChanged();
+    void interfaceModeChangedWithSender();
 
 private:
     void exitOrAccept(const Button& sender);

@@ -24,10 +24,10 @@ ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& tex
     , m_log(m_logFile)
     , m_appearance(services.settings.standard(), texts)
     , m_alert({services.alertRunner, services.application, services.workspace,
-          texts.updateCheckPageUrl})
+          texts.updateCheckPageURL})
     , m_status(services.console)
     , m_versionCheck(
-          {services.urlSessions, services.bundle, services.textServices, texts.updateCheckPageUrl})
+          {services.urlSessions, services.bundle, services.textServices, texts.updateCheckPageURL})
     , m_delegate({.application = services.application,
           .bundle = services.bundle,
           .files = services.fileManager,

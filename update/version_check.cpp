@@ -80,7 +80,7 @@ void VersionCheck::checkForUpdate(std::function<void(bool)> completion)
         fatalError("the information dictionary has no CFBundleShortVersionString");
     // Only its form matters here: the comparison below works on the text.
     parseAppVersion(*currentVersion);
-    const auto url = Url::fromText(m_deps.updateCheckPageUrl);
+    const auto url = Url::fromText(m_deps.updateCheckPageURL);
     if (!url)
         fatalError("malformed update-check page address");
     const auto session = m_deps.sessions.makeSession({}, *this);

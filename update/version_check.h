@@ -35,7 +35,7 @@ public:
         UrlSessions& sessions;
         const Bundle& bundle;
         const TextServices& texts;
-        std::string updateCheckPageUrl;
+        std::string updateCheckPageURL;
     };
     explicit VersionCheck(Deps deps)
         : m_deps(std::move(deps))

@@ -68,7 +68,7 @@ TEST_F(TermsTest, TheViewItselfDoesNotObserveTheTheme)
     view.viewWillAppear();
     EXPECT_EQ(platform.notificationCenter.observerCount(), 0U);
     standard().globalValues["AppleInterfaceStyle"] = "Dark";
-    view.interfaceModeChanged();
+    view.interfaceModeChangedWithSender();
     EXPECT_EQ(terms.view.alpha, 1.0);
 }
 

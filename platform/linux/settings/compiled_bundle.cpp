@@ -17,7 +17,7 @@ const Value::Dictionary* CompiledBundle::infoDictionary() const
 
 ProductTexts compiledProductTexts()
 {
-    return {product::updateCheckPageUrl, product::feedbackAddress, product::agreementTitle,
+    return {product::updateCheckPageURL, product::feedbackAddress, product::agreementTitle,
         product::agreementUrl, product::publisherName};
 }
 

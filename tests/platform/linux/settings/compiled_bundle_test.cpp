@@ -22,8 +22,8 @@ TEST(CompiledBundle, IsTheProgramOfThisBuild)
 TEST(CompiledBundle, HasEveryTextOfTheProduct)
 {
     const auto texts = compiledProductTexts();
-    EXPECT_EQ(texts.updateCheckPageUrl, product::updateCheckPageUrl);
-    EXPECT_TRUE(texts.updateCheckPageUrl.starts_with("https://")) << texts.updateCheckPageUrl;
+    EXPECT_EQ(texts.updateCheckPageURL, product::updateCheckPageURL);
+    EXPECT_TRUE(texts.updateCheckPageURL.starts_with("https://")) << texts.updateCheckPageURL;
     EXPECT_EQ(texts.feedbackAddress, product::feedbackAddress);
     EXPECT_EQ(texts.agreementTitle, product::agreementTitle);
     EXPECT_EQ(texts.agreementUrl, product::agreementUrl);
