@@ -7,6 +7,9 @@
 #include "profiles/server_url.h"
 #include "profiles/settings_domains.h"
 
+#include <algorithm>
+#include <limits>
+
 namespace zarn {
 
 namespace {
@@ -14,6 +17,12 @@ constexpr int contentWidth = 518;
 constexpr int collapsedHeight = 85;
 constexpr int expandedHeight = 208;
 } // namespace
+
+int buttonState(std::int64_t stored)
+{
+    constexpr std::int64_t most = std::numeric_limits<int>::max();
+    return static_cast<int>(std::clamp(stored, -most, most));
+}
 
 std::string CredentialFields::host() const
 {
@@ -59,6 +68,16 @@ void CredentialFields::adoptCredentialMode()
 {
     applyCredentialModeLabels();
     m_deps.connection.useApiClient = m_deps.connection.useUsernameState == 1 ? 0 : 1;
+}
+
+std::int64_t CredentialFields::restoreCredentialMode()
+{
+    const auto stored = m_deps.domains.actionsDefaults().integer("useUsername");
+    m_deps.connection.useUsernameState = buttonState(stored);
+    m_deps.connection.useApiClient = stored == 0 ? 1 : 0;
+    m_deps.outlets.useUsername_button->setState(buttonState(stored));
+    applyCredentialModeLabels();
+    return stored;
 }
 
 void CredentialFields::fillCredentialsFromKeychain()

@@ -5,6 +5,7 @@
 #include "profiles/login_model.h"
 #include "profiles/login_outlets.h"
 
+#include <cstdint>
 #include <functional>
 
 namespace zarn {
@@ -12,6 +13,10 @@ namespace zarn {
 class Console;
 class SettingsDomain;
 struct ConnectionState;
+
+/// The state of a check box for a stored number: one outside of what an int holds stays as far out
+/// as it can.
+int buttonState(std::int64_t stored);
 
 /// The credential part of the configuration view: showing and hiding it, its labels, and filling it
 /// from the keychain. Main thread only.
@@ -43,6 +48,8 @@ public:
     void credentialFieldDidEndEditing(const TextField* field);
     /// The credential mode as the check box has it, without storing it.
     void adoptCredentialMode();
+    /// The credential mode as it is stored; returns the stored number.
+    std::int64_t restoreCredentialMode();
 
 private:
     void refillCredentialsForMode();

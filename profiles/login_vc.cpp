@@ -14,20 +14,8 @@
 #include "profiles/status_line.h"
 
 #include <algorithm>
-#include <limits>
 
 namespace zarn {
-
-namespace {
-
-// A check box has no more states than an int; a stored number outside stays as far out as it can.
-int buttonState(std::int64_t stored)
-{
-    constexpr std::int64_t most = std::numeric_limits<int>::max();
-    return static_cast<int>(std::clamp(stored, -most, most));
-}
-
-} // namespace
 
 LoginVC::LoginVC(const Deps& deps)
     : m_deps(deps)
@@ -79,19 +67,10 @@ void LoginVC::viewDidLoad()
              &m_outlets.zarnProUsername_textfield, &m_outlets.zarnProPassword_textfield})
         field->get().setOnChange([&status = m_deps.status] { status.userActed(); });
     m_model.lastServer = actionsDefaults.string("currentServer").value_or("");
-    restoreCredentialMode();
+    const auto stored = m_fields.restoreCredentialMode();
+    m_deps.console.writeLine("[viewDidLoad] username: " + std::to_string(stored));
     restoreProfiles();
     m_deps.application.activateIgnoringOtherApps();
-}
-
-void LoginVC::restoreCredentialMode()
-{
-    const auto stored = m_deps.domains.actionsDefaults().integer("useUsername");
-    m_deps.connection.useUsernameState = buttonState(stored);
-    m_deps.connection.useApiClient = stored == 0 ? 1 : 0;
-    m_deps.console.writeLine("[viewDidLoad] username: " + std::to_string(stored));
-    m_outlets.useUsername_button->setState(buttonState(stored));
-    m_fields.applyCredentialModeLabels();
 }
 
 void LoginVC::restoreProfiles()
@@ -216,6 +195,8 @@ void LoginVC::leaveAddMode()
     m_outlets.zarnProServer_textfield->setHidden(false);
     m_outlets.zarnProServer_textfield->setEditable(false);
     m_outlets.hideCreds_button->setHidden(false);
+    // Before the keychain is asked: the kind of credentials is part of an item's name.
+    m_fields.restoreCredentialMode();
     if (m_model.lastServer.empty()) {
         m_outlets.updateServerInfo_Button->setEnabled(false);
         m_outlets.zarnProServer_textfield->setEnabled(false);

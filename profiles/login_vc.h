@@ -64,7 +64,6 @@ public:
 private:
     void updateServerInfo_Action(Button* sender);
     void quit_Action(Button* sender);
-    void restoreCredentialMode();
     void restoreProfiles();
     void listProfiles();
     bool showIfLast(const std::string& displayName, const Value::Dictionary& record);

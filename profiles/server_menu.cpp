@@ -98,10 +98,15 @@ void ServerMenu::showProfile(const std::string& displayName)
     m_deps.store.selectProfile(outlets.selectServer_Button->titleOfSelectedItem());
     outlets.hideCreds_button->setHidden(false);
     outlets.displayName_TextField->setStringValue(displayName);
+    if (outlets.updateServerInfo_Button->title() == "Add")
+        m_deps.fields.restoreCredentialMode();
     const auto& profiles = m_deps.model.availableServersDict;
     const auto it = profiles.find(displayName);
     const auto server
         = it == profiles.end() ? std::nullopt : stringMember(*it->second.dictionary(), "server");
+    // An add trims the stored profiles, but no titles of the menu. Choosing a title that was
+    // trimmed away stops the process on purpose: there is no profile to show, and showing another
+    // one's credentials under this title would be worse. The next start lists what is stored.
     if (!server)
         fatalError("a menu title without a stored profile");
     outlets.zarnProServer_textfield->setStringValue(*server);

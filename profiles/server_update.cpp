@@ -7,7 +7,9 @@
 #include "base/base64.h"
 #include "log/write_to_log.h"
 #include "platform/application.h"
+#include "platform/settings.h"
 #include "profiles/server_url.h"
+#include "profiles/settings_domains.h"
 
 namespace zarn {
 
@@ -78,10 +80,13 @@ std::string ServerUpdate::succeed()
 {
     auto& outlets = m_deps.outlets;
     saveSecrets();
-    if (outlets.updateServerInfo_Button->title() == "Add")
+    const bool isAdded = outlets.updateServerInfo_Button->title() == "Add";
+    if (isAdded)
         saveProfile();
     m_deps.store.rememberCurrent(
         outlets.displayName_TextField->stringValue(), m_deps.connection.username);
+    if (isAdded)
+        storeCredentialMode();
     outlets.displayName_Label->setStringValue("Server:");
     outlets.selectServer_Button->setHidden(false);
     outlets.displayName_TextField->setHidden(true);
@@ -112,6 +117,16 @@ void ServerUpdate::saveProfile()
     m_deps.store.addProfile(model.availableServersDict, displayName, m_deps.connection.serverUrl);
     m_deps.menu.rebuildServerMenu(model.sortedDisplayNames);
     m_deps.outlets.selectServer_Button->selectItem(displayName);
+}
+
+// Add mode turns the check box off without storing that. What is stored must agree with the
+// current-profile entry, also after a restart.
+void ServerUpdate::storeCredentialMode()
+{
+    auto& actionsDefaults = m_deps.store.domains().actionsDefaults();
+    const bool usesUsername = m_deps.connection.useApiClient != 1;
+    if ((actionsDefaults.integer("useUsername") != 0) != usesUsername)
+        actionsDefaults.set("useUsername", usesUsername ? 1 : 0);
 }
 
 std::string ServerUpdate::failToConnect()

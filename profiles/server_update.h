@@ -55,6 +55,7 @@ private:
         std::int64_t statusCode, const std::string& result, const ResultBox& resultBox);
     void saveSecrets() const;
     void saveProfile();
+    void storeCredentialMode();
     std::string succeed();
     std::string failToConnect();
     std::string failToAuthenticate(std::int64_t statusCode);

@@ -442,10 +442,12 @@ TEST_F(LeaveAddModeTest, CancelReturnsToAProfileStepByStep)
         (std::vector<std::string>{"displayName_Label = Server:", "selectServer_Button shown",
             "displayName_TextField hidden", "serverURL_Label shown",
             "zarnProServer_textfield shown", "zarnProServer_textfield not editable",
-            "hideCreds_button shown", "selectServer_Button select B", "displayName_TextField = B",
-            "zarnProServer_textfield = https://b:8443/", "keychain copy zortcuts-apiClient-b/*",
-            "zarnProUsername_textfield = id", "zarnProPassword_textfield = secret",
-            "quit_Button titled Quit", "updateServerInfo_Button titled Set"}));
+            "hideCreds_button shown", "useUsername_button state 0", "username_label = Client ID:",
+            "password_label = Client Secret:", "selectServer_Button select B",
+            "displayName_TextField = B", "zarnProServer_textfield = https://b:8443/",
+            "keychain copy zortcuts-apiClient-b/*", "zarnProUsername_textfield = id",
+            "zarnProPassword_textfield = secret", "quit_Button titled Quit",
+            "updateServerInfo_Button titled Set"}));
 }
 
 TEST_F(LeaveAddModeTest, CancelWithoutARememberedServerDisablesStepByStep)
@@ -457,7 +459,8 @@ TEST_F(LeaveAddModeTest, CancelWithoutARememberedServerDisablesStepByStep)
         (std::vector<std::string>{"displayName_Label = Server:", "selectServer_Button shown",
             "displayName_TextField hidden", "serverURL_Label shown",
             "zarnProServer_textfield shown", "zarnProServer_textfield not editable",
-            "hideCreds_button shown", "updateServerInfo_Button disabled",
+            "hideCreds_button shown", "useUsername_button state 0", "username_label = Client ID:",
+            "password_label = Client Secret:", "updateServerInfo_Button disabled",
             "zarnProServer_textfield disabled", "zarnProUsername_textfield disabled",
             "zarnProPassword_textfield disabled", "quit_Button titled Quit",
             "updateServerInfo_Button titled Set"}));
