@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "api/bundle_texts.h"
 #include "api/endpoint_url.h"
+#include "api/failure_cause.h"
 #include "api/token_delegate.h"
 #include "base/fatal.h"
 #include "base/json.h"
@@ -41,7 +42,8 @@ void TokenDelegate::action(const ApiCall& call, ApiCompletion completion)
 {
     const auto word = lowercased(call.method);
     if (word == "skip") {
-        completion(outcome(call.endpoint == invalidateEndpoint ? "no valid token" : "failed", 0));
+        completion(outcome(call.endpoint == invalidateEndpoint ? "no valid token" : "failed", 0),
+            "No request was sent");
         return;
     }
     m_deps.sessions.removeAllCachedResponses();
@@ -69,15 +71,15 @@ void TokenDelegate::action(const ApiCall& call, ApiCompletion completion)
     const auto session = m_deps.sessions.makeSession(configuration, *this);
     session->dataTask(request,
         [self = shared_from_this(), session, call, request, completion = std::move(completion)](
-            const std::optional<HttpResponse>& response) {
+            const UrlReply& reply) {
             session->finishTasksAndInvalidate();
-            if (response) {
-                self->handleActionReply(call, request, *response, completion);
+            if (reply) {
+                self->handleActionReply(call, request, reply.value(), completion);
                 return;
             }
             self->m_deps.log.writeEntry(
                 "[TokenDelegate.getVersion] GET response error.  Verify url and port.");
-            completion({});
+            completion({}, causeOfError(reply.error(), call.serverUrl));
         });
 }
 
@@ -91,16 +93,16 @@ void TokenDelegate::handleActionReply(const ApiCall& call, const UrlRequest& req
         result["ZPAPI_method"] = request.method;
         result["ZPAPI_server"] = request.url.text();
         result["ZPAPI_token"] = call.token;
-        completion(result);
+        completion(result, causeOfStatus(response, call.serverUrl));
         return;
     }
     const auto parsed = parseJson(response.body);
     if (parsed && parsed.value().dictionary())
-        completion(*parsed.value().dictionary());
+        completion(*parsed.value().dictionary(), "");
     else if (response.status == 204 && call.endpoint == invalidateEndpoint)
-        completion(outcome("token terminated", 204));
+        completion(outcome("token terminated", 204), "");
     else
-        completion(outcome("failed", response.status));
+        completion(outcome("failed", response.status), causeOfBadJson(call.serverUrl));
 }
 
 } // namespace zarn

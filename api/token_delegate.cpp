@@ -4,7 +4,9 @@
 #include "api/alert_display.h"
 #include "api/bundle_texts.h"
 #include "api/endpoint_url.h"
+#include "api/failure_cause.h"
 #include "api/server_version.h"
+#include "api/status_display.h"
 #include "base/json.h"
 #include "log/write_to_log.h"
 #include "platform/clock.h"
@@ -13,6 +15,9 @@
 namespace zarn {
 
 namespace {
+
+constexpr std::string_view tokenOperation = "TokenDelegate.getToken";
+constexpr std::string_view versionOperation = "TokenDelegate.getVersion";
 
 bool isSuccess(int status)
 {
@@ -89,6 +94,7 @@ void TokenDelegate::getToken(
     if (!url) {
         m_deps.log.writeEntry(
             "[TokenDelegate.getToken] Problem constructing the URL from " + endpoint);
+        m_deps.status.showFailure(tokenOperation, causeOfMalformedUrl(endpoint));
         completion(500, "failed");
         return;
     }
@@ -102,41 +108,49 @@ void TokenDelegate::getToken(
     }
     const auto session
         = m_deps.sessions.makeSession(tokenConfiguration(apiClient, credentials), *this);
+    m_deps.status.showProgress(Wait::Server, "Asking " + peerName(serverUrl) + " for a token");
     session->dataTask(request,
         [self = shared_from_this(), session,
             asked = TokenRequest{apiClient,
                 {forceBasic, serverUrl, credentials, std::move(completion), 0}}](
-            const std::optional<HttpResponse>& response) {
+            const UrlReply& reply) {
             session->finishTasksAndInvalidate();
-            self->handleTokenReply(asked, response);
+            self->m_deps.status.endProgress(Wait::Server);
+            self->handleTokenReply(asked, reply);
         });
 }
 
-void TokenDelegate::handleTokenReply(
-    const TokenRequest& request, const std::optional<HttpResponse>& response)
+void TokenDelegate::handleTokenReply(const TokenRequest& request, const UrlReply& reply)
 {
-    auto& connection = m_deps.connection;
-    if (!response) {
-        connection.bearerTokenActive = false;
-        request.context.completion(0, "failedToConnect");
-        return;
-    }
-    if (!isSuccess(response->status)) {
-        connection.bearerTokenActive = false;
-        request.context.completion(response->status, "failedToAuthenticate");
-        return;
-    }
-    const auto parsed = parseJson(response->body);
-    const auto* reply = parsed ? parsed.value().dictionary() : nullptr;
+    const auto& serverUrl = request.context.serverUrl;
     if (!reply) {
+        tokenFailed(request, 0, "failedToConnect", causeOfError(reply.error(), serverUrl));
+        return;
+    }
+    const auto& response = reply.value();
+    if (!isSuccess(response.status)) {
+        tokenFailed(request, response.status, "failedToAuthenticate",
+            causeOfTokenStatus(response, serverUrl));
+        return;
+    }
+    const auto parsed = parseJson(response.body);
+    const auto* object = parsed ? parsed.value().dictionary() : nullptr;
+    if (!object) {
         m_deps.log.writeEntry("[TokenDelegate.getToken] JSON error.\n" + describeOptional(parsed));
-        connection.bearerTokenActive = false;
-        request.context.completion(response->status, "failed");
+        tokenFailed(request, response.status, "failed", causeOfBadJson(serverUrl));
         return;
     }
     TokenRequest answered = request;
-    answered.context.tokenReplyStatus = response->status;
-    adoptToken(answered, *reply);
+    answered.context.tokenReplyStatus = response.status;
+    adoptToken(answered, *object);
+}
+
+void TokenDelegate::tokenFailed(const TokenRequest& request, std::int64_t statusCode,
+    const char* result, const std::string& cause)
+{
+    m_deps.connection.bearerTokenActive = false;
+    m_deps.status.showFailure(tokenOperation, cause);
+    request.context.completion(statusCode, result);
 }
 
 void TokenDelegate::adoptToken(const TokenRequest& request, const Value::Dictionary& reply)
@@ -167,9 +181,16 @@ void TokenDelegate::probeVersion(VersionContext context)
 {
     const ApiCall call{
         context.serverUrl, "zarn-pro-version", "", {}, m_deps.connection.token, "GET"};
+    m_deps.status.showProgress(
+        Wait::Server, "Asking " + peerName(context.serverUrl) + " for its version");
     action(call,
         [self = shared_from_this(), context = std::move(context)](
-            const Value::Dictionary& result) { self->getVersion(result, context); });
+            const Value::Dictionary& result, const std::string& cause) {
+            self->m_deps.status.endProgress(Wait::Server);
+            auto answered = context;
+            answered.cause = cause;
+            self->getVersion(result, answered);
+        });
 }
 
 void TokenDelegate::getVersion(const Value::Dictionary& result, const VersionContext& context)
@@ -179,15 +200,19 @@ void TokenDelegate::getVersion(const Value::Dictionary& result, const VersionCon
         versionFailed(context);
         return;
     }
-    // An empty version, and one of fewer than three parts, end without telling anybody.
-    if (version->empty())
+    // An empty version, and one of fewer than three parts, call no completion.
+    if (version->empty()) {
+        m_deps.status.showFailure(versionOperation, causeOfBadVersion(*version, context.serverUrl));
         return;
+    }
     auto& connection = m_deps.connection;
     m_deps.log.writeEntry("[TokenDelegate.getVersion] Zarn Pro Version: " + *version);
     connection.serverVersion = *version;
     const auto parts = ServerVersion::parse(*version);
-    if (!parts)
+    if (!parts) {
+        m_deps.status.showFailure(versionOperation, causeOfBadVersion(*version, context.serverUrl));
         return;
+    }
     connection.versionMajor = parts->major;
     connection.versionMinor = parts->minor;
     connection.versionPatch = parts->patch;
@@ -216,6 +241,8 @@ void TokenDelegate::setBasic(const VersionContext& context)
 
 void TokenDelegate::versionFailed(const VersionContext& context)
 {
+    m_deps.status.showFailure(versionOperation,
+        context.cause.empty() ? causeOfMissingVersion(context.serverUrl) : context.cause);
     m_deps.log.writeEntry(
         "[TokenDelegate.getToken] failed to get version information from " + context.serverUrl);
     m_deps.connection.bearerTokenActive = false;

@@ -16,9 +16,12 @@ class BundleTexts;
 class Clock;
 class Console;
 class SettingsDomain;
+class StatusDisplay;
 class WriteToLog;
 
-using ApiCompletion = std::function<void(const Value::Dictionary& result)>;
+/// `cause` says in one sentence why the call failed; it is empty when the server's own object came.
+using ApiCompletion
+    = std::function<void(const Value::Dictionary& result, const std::string& cause)>;
 
 /// One call of the server's API.
 struct ApiCall {
@@ -49,6 +52,7 @@ public:
         WriteToLog& log;
         AlertDisplay& alerts;
         Console& console;
+        StatusDisplay& status;
     };
     explicit TokenDelegate(const Deps& deps)
         : m_deps(deps)
@@ -58,7 +62,8 @@ public:
     /// Asks for a token with the credentials of the connection state (`credentials` is their Base64
     /// form) and, the first time in the process, for the server's version. The outcome comes
     /// through `completion`: (500, "failed") at once when no URL can be formed, else later. A
-    /// server version that is empty or has fewer than three parts ends without a call.
+    /// server version that is empty or has fewer than three parts ends without a call. What goes
+    /// on, and the cause of every failure, is shown as the status.
     void getToken(const std::string& serverUrl, const std::string& credentials,
         ValidationCompletion completion);
 
@@ -66,13 +71,15 @@ public:
     /// A URL that cannot be formed stops the process.
     void action(const ApiCall& call, ApiCompletion completion);
 
-    /// What a version reply is judged by, besides itself.
+    /// What else decides how a version reply is handled.
     struct VersionContext {
         bool forceBasic = false;
         std::string serverUrl;
         std::string credentials;
         ValidationCompletion completion;
         int tokenReplyStatus = 0;
+        /// Why the reply is not the server's own object, or "".
+        std::string cause = {};
     };
     /// Reads the version from the reply and chooses between Basic and Bearer.
     void getVersion(const Value::Dictionary& result, const VersionContext& context);
@@ -84,7 +91,9 @@ private:
     };
     UrlSessionConfiguration tokenConfiguration(
         bool apiClient, const std::string& credentials) const;
-    void handleTokenReply(const TokenRequest& request, const std::optional<HttpResponse>& response);
+    void handleTokenReply(const TokenRequest& request, const UrlReply& reply);
+    void tokenFailed(const TokenRequest& request, std::int64_t statusCode, const char* result,
+        const std::string& cause);
     void adoptToken(const TokenRequest& request, const Value::Dictionary& reply);
     void probeVersion(VersionContext context);
     void handleActionReply(const ApiCall& call, const UrlRequest& request,

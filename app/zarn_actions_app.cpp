@@ -114,7 +114,8 @@ std::shared_ptr<TokenDelegate> ZarnActionsApp::makeTokenDelegate()
         .clock = m_services.clock,
         .log = m_log,
         .alerts = m_alert,
-        .console = m_services.console});
+        .console = m_services.console,
+        .status = m_status});
 }
 
 std::shared_ptr<Credentials> ZarnActionsApp::makeCredentials()

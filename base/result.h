@@ -16,13 +16,13 @@ struct Error {
 };
 
 /// A value or an error.
-template <typename T> class [[nodiscard]] Result {
+template <typename T, typename E = Error> class [[nodiscard]] Result {
 public:
     Result(T value)
         : m_storage(std::in_place_index<0>, std::move(value))
     {
     }
-    Result(Error error)
+    Result(E error)
         : m_storage(std::in_place_index<1>, std::move(error))
     {
     }
@@ -33,10 +33,10 @@ public:
     const T& value() const { return std::get<0>(m_storage); }
     T& value() { return std::get<0>(m_storage); }
     /// Only when not ok().
-    const Error& error() const { return std::get<1>(m_storage); }
+    const E& error() const { return std::get<1>(m_storage); }
 
 private:
-    std::variant<T, Error> m_storage;
+    std::variant<T, E> m_storage;
 };
 
 struct Success { };

@@ -12,13 +12,6 @@ bool isHexDigit(char c)
     return (c >= '0' && c <= '9') || (c >= 'a' && c <= 'f') || (c >= 'A' && c <= 'F');
 }
 
-bool isForbidden(char c)
-{
-    const auto byte = static_cast<unsigned char>(c);
-    return byte <= 0x20 || byte == 0x7f
-        || std::string_view("<>\"{}|\\^`").find(c) != std::string_view::npos;
-}
-
 bool escapesAreWhole(std::string_view text)
 {
     for (std::size_t i = 0; i < text.size(); ++i) {
@@ -52,17 +45,31 @@ bool bracketsAreBalanced(std::string_view text)
 
 } // namespace
 
+std::optional<std::string> Url::problemIn(std::string_view text)
+{
+    if (text.empty())
+        return "nothing";
+    if (!isUtf8(text))
+        return "bytes that are no text";
+    for (const char c : text) {
+        const auto byte = static_cast<unsigned char>(c);
+        if (c == ' ')
+            return "a blank";
+        if (byte < 0x20 || byte == 0x7f)
+            return "a control character";
+        if (std::string_view("<>\"{}|\\^`").find(c) != std::string_view::npos)
+            return std::string("the character ") + c;
+    }
+    if (!escapesAreWhole(text))
+        return "a percent sign without two hexadecimal digits";
+    if (!bracketsAreBalanced(text))
+        return "brackets that are not around its host";
+    return std::nullopt;
+}
+
 std::optional<Url> Url::fromText(std::string_view text)
 {
-    if (text.empty() || !isUtf8(text))
-        return std::nullopt;
-    for (const char c : text) {
-        if (isForbidden(c))
-            return std::nullopt;
-    }
-    if (!escapesAreWhole(text) || !bracketsAreBalanced(text))
-        return std::nullopt;
-    return Url(std::string(text));
+    return problemIn(text) ? std::nullopt : std::optional(Url(std::string(text)));
 }
 
 } // namespace zarn

@@ -15,6 +15,9 @@ public:
     /// <>"{}|\^ or a back quote, a percent sign without two hexadecimal digits, or unbalanced
     /// brackets around its host. Any thread.
     static std::optional<Url> fromText(std::string_view text);
+    /// What keeps `text` from being a URL, to follow "holds": "a blank". Nothing for a text that
+    /// can be formed. Any thread.
+    static std::optional<std::string> problemIn(std::string_view text);
 
     /// The original text.
     const std::string& text() const { return m_text; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/result.h"
 #include "base/url.h"
 
 #include <chrono>
@@ -22,15 +23,60 @@ struct UrlRequest {
     std::chrono::seconds timeout{60};
 };
 
+/// Why there was no response, or why a redirect was not followed.
+enum class UrlErrorCode {
+    /// No http or https address of a host; one with a user name.
+    BadUrl,
+    /// http to another computer.
+    InsecureHttp,
+    /// A method or header that must not be sent.
+    BadRequest,
+    /// Credentials in a session that accepts any certificate.
+    CredentialsWithheld,
+    HostNotFound,
+    ConnectionRefused,
+    /// No connection for another reason, such as no route.
+    CannotConnect,
+    ProxyFailed,
+    TimedOut,
+    UnknownAuthority,
+    WrongName,
+    CertificateExpired,
+    CertificateNotYetValid,
+    /// A certificate that is not trusted for another reason, such as a weak key.
+    CertificateRefused,
+    /// No TLS connection for another reason than the certificate.
+    TlsFailed,
+    ConnectionLost,
+    /// What came is not HTTP.
+    BadReply,
+    TooLarge,
+    RedirectElsewhere,
+    RedirectToHttp,
+    TooManyRedirects,
+    /// A redirect to what is no http or https address, or to two at once.
+    BadRedirect,
+    Other
+};
+
+struct UrlError {
+    UrlErrorCode code = UrlErrorCode::Other;
+    /// One line for people; for a redirect that leads elsewhere, where it leads. It never holds
+    /// credentials, path or query.
+    std::string text;
+};
+
 struct HttpResponse {
     int status = 0;
     /// Bytes as received, after content decoding; may be empty.
     std::string body;
+    /// Why the redirect was not followed, when the reply is one.
+    std::optional<UrlError> refusedRedirect = std::nullopt;
 };
 
-/// Nothing when no HTTP response arrived (no connection, time-out, malformed reply, body over the
-/// limit).
-using DataTaskCompletion = std::function<void(std::optional<HttpResponse>)>;
+/// The HTTP response, or why there is none.
+using UrlReply = Result<HttpResponse, UrlError>;
+using DataTaskCompletion = std::function<void(const UrlReply&)>;
 
 enum class ServerTrust {
     /// Verify the certificate against the system's store.

@@ -86,9 +86,9 @@ void VersionCheck::checkForUpdate(std::function<void(bool)> completion)
     const auto session = m_deps.sessions.makeSession({}, *this);
     session->dataTask({*url},
         [this, current = *currentVersion, completion = std::move(completion)](
-            const std::optional<HttpResponse>& response) {
-            if (response)
-                completion(isNewer(*response, current));
+            const UrlReply& reply) {
+            if (reply)
+                completion(isNewer(reply.value(), current));
         });
 }
 

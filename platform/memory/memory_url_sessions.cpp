@@ -58,12 +58,11 @@ bool MemoryUrlSessions::deliver()
         return false;
     const auto completion = std::move(m_running.front());
     m_running.pop_front();
-    std::optional<HttpResponse> response;
-    if (!m_replies.empty()) {
-        response = std::move(m_replies.front());
-        m_replies.pop_front();
-    }
-    completion(std::move(response));
+    if (m_replies.empty())
+        replyNothing();
+    const auto reply = std::move(m_replies.front());
+    m_replies.pop_front();
+    completion(reply);
     return true;
 }
 

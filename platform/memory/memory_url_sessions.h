@@ -34,12 +34,18 @@ public:
         const UrlSessionConfiguration& configuration, UrlSessionDelegate& delegate) override;
     void removeAllCachedResponses() override;
 
-    /// The reply to the next request without one; in order. Without a script there is no response.
+    /// The reply to the next request without one; in order. Without a script the connection is
+    /// lost.
     void reply(int status, std::string body)
     {
         m_replies.emplace_back(HttpResponse{status, std::move(body)});
     }
-    void replyNothing() { m_replies.emplace_back(std::nullopt); }
+    void redirectNowhere(int status, UrlError refused)
+    {
+        m_replies.emplace_back(HttpResponse{status, "", std::move(refused)});
+    }
+    void fail(UrlError error) { m_replies.emplace_back(std::move(error)); }
+    void replyNothing() { fail({UrlErrorCode::ConnectionLost, "the connection was lost"}); }
     /// Runs the completion of the oldest running task; false when there is none.
     bool deliver();
     /// Delivers until no task runs, tasks started meanwhile included.
@@ -57,7 +63,7 @@ public:
 private:
     friend class MemoryUrlSession;
     std::vector<std::string>& m_events;
-    std::deque<std::optional<HttpResponse>> m_replies;
+    std::deque<UrlReply> m_replies;
     std::deque<DataTaskCompletion> m_running;
 };
 

@@ -11,8 +11,10 @@ protected:
     void action(ApiCall call)
     {
         call.token = "tok";
-        delegate->action(
-            call, [this](const Value::Dictionary& result) { results.push_back(result); });
+        delegate->action(call, [this](const Value::Dictionary& result, const std::string& cause) {
+            results.push_back(result);
+            causes.push_back(cause);
+        });
     }
     Value::Dictionary resultOf(int status, const std::string& body, const std::string& endpoint)
     {
@@ -24,6 +26,7 @@ protected:
         return results.empty() ? Value::Dictionary{} : results[0];
     }
     std::vector<Value::Dictionary> results;
+    Lines causes;
 };
 
 TEST_F(ApiActionTest, TheIdIsAppendedAfterSlashesCollapsed)
@@ -126,7 +129,7 @@ TEST_F(ApiActionTest, TheSessionIsInvalidatedBeforeItsReplyIsHandled)
         else
             sessions.reply(status, "{}");
         delegate->action({"https://zarn.example", "computers", "", {}, "tok", "get"},
-            [&](const auto&) { invalidated.push_back(sessions.sessionsInvalidated); });
+            [&](const auto&, const auto&) { invalidated.push_back(sessions.sessionsInvalidated); });
         sessions.deliverAll();
     }
     EXPECT_EQ(invalidated, (std::vector<int>{1, 2, 3, 4}));

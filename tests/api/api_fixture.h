@@ -4,6 +4,7 @@
 #include "api/alert_display.h"
 #include "api/bundle_texts.h"
 #include "api/connection_state.h"
+#include "api/status_display.h"
 #include "api/token_delegate.h"
 #include "log/write_to_log.h"
 #include "platform/memory/memory_clock.h"
@@ -35,6 +36,24 @@ public:
     }
     std::vector<std::string> shown;
     std::function<void()> whileOpen;
+};
+
+/// Records what it was asked to show.
+class RecordingStatus final : public StatusDisplay {
+public:
+    void showProgress(Wait wait, std::string_view text) override
+    {
+        events.push_back((wait == Wait::Server ? "progress " : "wrong wait ") + std::string(text));
+    }
+    void endProgress(Wait wait) override
+    {
+        events.emplace_back(wait == Wait::Server ? "end" : "wrong wait");
+    }
+    void showFailure(std::string_view operation, std::string_view cause) override
+    {
+        events.push_back("[" + std::string(operation) + "] " + std::string(cause));
+    }
+    std::vector<std::string> events;
 };
 
 /// A server client on the in-memory platform.
@@ -72,6 +91,7 @@ protected:
     memory::MemorySettings settings{events};
     memory::MemoryUrlSessions sessions{events};
     RecordingAlerts alerts;
+    RecordingStatus statusLine;
     ConnectionState connection;
     BundleTexts texts{bundle};
     LogFile logFile{{files, clock, dates}};
@@ -84,7 +104,8 @@ protected:
             .clock = clock,
             .log = log,
             .alerts = alerts,
-            .console = console});
+            .console = console,
+            .status = statusLine});
     std::vector<std::string> outcomes;
 };
 

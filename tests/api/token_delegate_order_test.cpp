@@ -50,7 +50,8 @@ protected:
             .clock = clock,
             .log = watchedLog,
             .alerts = alerts,
-            .console = console});
+            .console = console,
+            .status = statusLine});
 };
 
 TEST_F(StateOrderTest, ATokenIsAdoptedWholeBeforeItIsLoggedAndTheVersionStoredAfterItsLine)

@@ -293,7 +293,8 @@ TEST_F(TokenDelegateTest, TheCacheIsEmptiedBetweenTheTwoLogLinesOfARequest)
             .clock = clock,
             .log = log,
             .alerts = alerts,
-            .console = console});
+            .console = console,
+            .status = statusLine});
     client->getToken("https://zarn.example", "", completion());
     EXPECT_EQ(observed.steps, (Lines{"cache at 1", "session at 2"}));
     client->getToken("not a URL", "", completion());
@@ -311,8 +312,10 @@ TEST_F(TokenDelegateTest, AnActionEmptiesTheCacheBeforeItsLogLine)
             .clock = clock,
             .log = log,
             .alerts = alerts,
-            .console = console});
-    client->action({"https://zarn.example", "icon", "", {}, "", "get"}, [](const auto&) {});
+            .console = console,
+            .status = statusLine});
+    client->action(
+        {"https://zarn.example", "icon", "", {}, "", "get"}, [](const auto&, const auto&) {});
     EXPECT_EQ(observed.steps, (Lines{"cache at 0", "session at 1"}));
 }
 

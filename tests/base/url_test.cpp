@@ -87,5 +87,19 @@ TEST(Url, RefusesUnbalancedBracketsAroundTheHost)
         EXPECT_FALSE(Url::fromText(text)) << text;
 }
 
+TEST(Url, SaysWhatKeepsATextFromBeingOne)
+{
+    const struct {
+        std::string_view text;
+        const char* problem;
+    } rows[] = {{"", "nothing"}, {"a\xFF", "bytes that are no text"}, {"a b\"", "a blank"},
+        {"a\t b", "a control character"}, {"a\x7F", "a control character"},
+        {"a\"b", "the character \""}, {"%4", "a percent sign without two hexadecimal digits"},
+        {"https://[a", "brackets that are not around its host"}};
+    for (const auto& row : rows)
+        EXPECT_EQ(Url::problemIn(row.text), row.problem) << row.text;
+    EXPECT_EQ(Url::problemIn("https://zarn.example"), std::nullopt);
+}
+
 } // namespace
 } // namespace zarn

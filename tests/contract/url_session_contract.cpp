@@ -15,9 +15,13 @@ std::optional<HttpResponse> UrlSessionContract::send(
     const UrlRequest& request, const HttpHeaders& headers)
 {
     std::optional<HttpResponse> result;
+    error.reset();
     bool done = false;
-    makeSession(headers)->dataTask(request, [&](std::optional<HttpResponse> response) {
-        result = std::move(response);
+    makeSession(headers)->dataTask(request, [&](const UrlReply& reply) {
+        if (reply)
+            result = reply.value();
+        else
+            error = reply.error();
         done = true;
     });
     EXPECT_TRUE(backend->runUntil([&] { return done; }));
@@ -63,13 +67,67 @@ TEST_F(UrlSessionContract, WithoutAnHttpResponseTheCompletionGetsNothing)
     backend->willNotRespond();
     int calls = 0;
     bool hasResponse = true;
-    makeSession()->dataTask({backend->url("/")}, [&](std::optional<HttpResponse> response) {
+    makeSession()->dataTask({backend->url("/")}, [&](const UrlReply& reply) {
         ++calls;
-        hasResponse = response.has_value();
+        hasResponse = reply.ok();
     });
     ASSERT_TRUE(backend->runUntil([&] { return calls > 0; }));
     EXPECT_FALSE(hasResponse);
     EXPECT_EQ(calls, 1);
+}
+
+TEST_F(UrlSessionContract, EveryFailureHasItsCodeAndATextWithoutWhatWasSent)
+{
+    using enum UrlErrorCode;
+    for (const auto code : {BadUrl, InsecureHttp, BadRequest, HostNotFound, ConnectionRefused,
+             CannotConnect, ProxyFailed, TimedOut, UnknownAuthority, WrongName, CertificateExpired,
+             CertificateNotYetValid, CertificateRefused, TlsFailed, ConnectionLost, BadReply,
+             TooLarge}) {
+        SCOPED_TRACE(static_cast<int>(code));
+        const HttpHeaders headers{{"Authorization", code == BadRequest ? "s3cret\r\n" : "s3cret"}};
+        EXPECT_FALSE(send(backend->failing(code), headers));
+        ASSERT_TRUE(error);
+        EXPECT_EQ(error->code, code) << static_cast<int>(error->code) << " " << error->text;
+        EXPECT_NE(error->text, "");
+        EXPECT_EQ(error->text.find("s3cret"), std::string::npos) << error->text;
+        EXPECT_EQ(error->text.find('\n'), std::string::npos) << error->text;
+    }
+}
+
+TEST_F(UrlSessionContract, ASessionThatAcceptsAnyCertificateSaysThatItWithholdsCredentials)
+{
+    struct Accepting final : UrlSessionDelegate {
+        ServerTrust serverTrustDisposition() override { return ServerTrust::AcceptAny; }
+    } accepting;
+    std::optional<UrlErrorCode> code;
+    const auto request = backend->failing(UrlErrorCode::CredentialsWithheld);
+    backend->sessions()
+        .makeSession(
+            {UrlSessionConfiguration::Storage::Ephemeral, {{"Authorization", "s3cret"}}}, accepting)
+        ->dataTask(request, [&](const UrlReply& reply) {
+            code = reply ? UrlErrorCode::Other : reply.error().code;
+        });
+    ASSERT_TRUE(backend->runUntil([&] { return code.has_value(); }));
+    EXPECT_EQ(code, UrlErrorCode::CredentialsWithheld);
+}
+
+TEST_F(UrlSessionContract, ARedirectThatIsNotFollowedIsTheResponseAndSaysWhy)
+{
+    using enum UrlErrorCode;
+    for (const auto code : {RedirectElsewhere, RedirectToHttp, TooManyRedirects, BadRedirect}) {
+        SCOPED_TRACE(static_cast<int>(code));
+        const auto response = send(backend->redirecting(code));
+        ASSERT_TRUE(response);
+        EXPECT_EQ(response->status, 307);
+        ASSERT_TRUE(response->refusedRedirect);
+        EXPECT_EQ(response->refusedRedirect->code, code);
+        EXPECT_EQ(response->refusedRedirect->text.find("s3cret"), std::string::npos);
+    }
+    const auto elsewhere = send(backend->redirecting(RedirectElsewhere));
+    EXPECT_EQ(elsewhere.value().refusedRedirect.value().text, "https://other.example:8443");
+    backend->willReply(302, "");
+    const auto nowhere = send({backend->url("/")});
+    EXPECT_FALSE(nowhere.value().refusedRedirect) << "no Location, no redirect";
 }
 
 TEST_F(UrlSessionContract, SendsMethodUrlHeadersInOrderAndBody)
@@ -103,7 +161,7 @@ TEST_F(UrlSessionContract, TheCompletionRunsOnceOnTheMainThreadAndNeverWithinThe
     const auto session = makeSession();
     int calls = 0;
     std::thread::id thread;
-    session->dataTask({backend->url("/")}, [&](const std::optional<HttpResponse>&) {
+    session->dataTask({backend->url("/")}, [&](const UrlReply&) {
         ++calls;
         thread = std::this_thread::get_id();
     });
@@ -122,11 +180,10 @@ TEST_F(UrlSessionContract, ACompletionMayStartAnotherTask)
     backend->willReply(200, "second");
     const auto session = makeSession();
     std::string bodies;
-    session->dataTask({backend->url("/1")}, [&](const std::optional<HttpResponse>& first) {
+    session->dataTask({backend->url("/1")}, [&](const UrlReply& first) {
         bodies = first.value().body;
-        session->dataTask({backend->url("/2")}, [&](const std::optional<HttpResponse>& second) {
-            bodies += " " + second.value().body;
-        });
+        session->dataTask({backend->url("/2")},
+            [&](const UrlReply& second) { bodies += " " + second.value().body; });
     });
     ASSERT_TRUE(backend->runUntil([&] { return bodies.size() > 5; }));
     EXPECT_EQ(bodies, "first second");
@@ -141,7 +198,7 @@ TEST_F(UrlSessionContract, SeveralTasksRunAtOnceAndEachEndsOnce)
         backend->willReply(200, "{}");
     for (int i = 0; i < count; ++i)
         session->dataTask({backend->url("/many")},
-            [&, i](const std::optional<HttpResponse>&) { ++calls[static_cast<std::size_t>(i)]; });
+            [&, i](const UrlReply&) { ++calls[static_cast<std::size_t>(i)]; });
     ASSERT_TRUE(backend->runUntil([&] { return calls == std::vector<int>(count, 1); }));
 }
 
@@ -149,8 +206,8 @@ TEST_F(UrlSessionContract, ReleasingTheSessionLetsItsTaskFinish)
 {
     backend->willReply(200, "finished");
     std::string body;
-    makeSession()->dataTask({backend->url("/")},
-        [&](const std::optional<HttpResponse>& response) { body = response.value().body; });
+    makeSession()->dataTask(
+        {backend->url("/")}, [&](const UrlReply& response) { body = response.value().body; });
     ASSERT_TRUE(backend->runUntil([&] { return !body.empty(); }));
     EXPECT_EQ(body, "finished");
 }
@@ -160,13 +217,13 @@ TEST_F(UrlSessionContract, AnInvalidatedSessionFinishesItsTaskAndStartsNoOther)
     backend->willReply(200, "finished");
     const auto session = makeSession();
     std::string body;
-    session->dataTask({backend->url("/")},
-        [&](const std::optional<HttpResponse>& response) { body = response.value().body; });
+    session->dataTask(
+        {backend->url("/")}, [&](const UrlReply& response) { body = response.value().body; });
     session->finishTasksAndInvalidate();
     session->finishTasksAndInvalidate();
     const auto token = std::make_shared<int>(0);
-    session->dataTask({backend->url("/late")},
-        [token](const std::optional<HttpResponse>&) { ADD_FAILURE() << "a late task ran"; });
+    session->dataTask(
+        {backend->url("/late")}, [token](const UrlReply&) { ADD_FAILURE() << "a late task ran"; });
     EXPECT_EQ(token.use_count(), 1) << "the completion of a refused task was kept";
     ASSERT_TRUE(backend->runUntil([&] { return !body.empty(); }));
     EXPECT_EQ(body, "finished");
@@ -178,8 +235,7 @@ TEST_F(UrlSessionContract, ACompletionIsDestroyedAfterItRan)
     backend->willReply(200, "{}");
     const auto token = std::make_shared<int>(0);
     bool done = false;
-    makeSession()->dataTask(
-        {backend->url("/")}, [token, &done](const std::optional<HttpResponse>&) { done = true; });
+    makeSession()->dataTask({backend->url("/")}, [token, &done](const UrlReply&) { done = true; });
     EXPECT_EQ(token.use_count(), 2);
     ASSERT_TRUE(backend->runUntil([&] { return done; }));
     EXPECT_EQ(token.use_count(), 1);
@@ -190,7 +246,7 @@ TEST_F(UrlSessionContract, DestroyingTheSessionsDestroysCompletionsWithoutCallin
     backend->willReply(200, "{}");
     const auto token = std::make_shared<int>(0);
     makeSession()->dataTask({backend->url("/")},
-        [token](const std::optional<HttpResponse>&) { ADD_FAILURE() << "a cancelled task ended"; });
+        [token](const UrlReply&) { ADD_FAILURE() << "a cancelled task ended"; });
     backend->destroySessions();
     EXPECT_EQ(token.use_count(), 1);
     EXPECT_FALSE(backend->runUntil([] { return false; }));
@@ -213,8 +269,7 @@ TEST_F(UrlSessionContract, ASessionAsksItsDelegateForTrustOnceOnTheMainThread)
     const auto session = backend->sessions().makeSession({}, asked);
     int calls = 0;
     for (int i = 0; i < 2; ++i)
-        session->dataTask(
-            {backend->url("/")}, [&](const std::optional<HttpResponse>&) { ++calls; });
+        session->dataTask({backend->url("/")}, [&](const UrlReply&) { ++calls; });
     ASSERT_TRUE(backend->runUntil([&] { return calls == 2; }));
     EXPECT_EQ(asked.times, 1);
     EXPECT_EQ(asked.thread, std::this_thread::get_id());

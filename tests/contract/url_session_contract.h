@@ -33,6 +33,10 @@ public:
     virtual void willReply(int status, const std::string& body) = 0;
     /// The next request ends without an HTTP response.
     virtual void willNotRespond() = 0;
+    /// A request that fails so, with a time-out of a second; it holds "s3cret" wherever it can.
+    virtual UrlRequest failing(UrlErrorCode code) = 0;
+    /// A POST whose reply is a redirect that is not followed for this reason.
+    virtual UrlRequest redirecting(UrlErrorCode code) = 0;
     virtual std::vector<SeenRequest> seen() = 0;
     /// Runs the main thread's work until `done` answers true or nothing more comes.
     virtual bool runUntil(const std::function<bool()>& done) = 0;
@@ -48,6 +52,8 @@ protected:
     /// Sends and waits; nothing when no response came or the completion did not run.
     std::optional<HttpResponse> send(const UrlRequest& request, const HttpHeaders& headers = {});
 
+    /// Why the last send() got no response.
+    std::optional<UrlError> error;
     std::unique_ptr<UrlSessionBackend> backend = makeUrlSessionBackend();
     UrlSessionDelegate delegate;
 };

@@ -103,7 +103,8 @@ protected:
             .clock = platform.clock,
             .log = log,
             .alerts = alerts,
-            .console = platform.console});
+            .console = platform.console,
+            .status = statusLine});
     }
 
     memory::MemorySettingsDomain& shared()
@@ -203,6 +204,8 @@ protected:
     {
         platform.events.clear();
         window.outlets.recordInto(&platform.events);
+        // What the status line shows has tests of its own.
+        window.outlets.labelNamed("status_Label").recordAs("status_Label", nullptr);
         window.view.recordsSizes = true;
     }
     std::vector<std::string>& events() { return platform.events; }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/http/curl_transfer.h"
 
+#include "platform/linux/http/curl_errors.h"
 #include "platform/linux/http/curl_tls.h"
 
 #include <curl/curl.h>
@@ -11,6 +12,7 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <array>
 #include <memory>
 #include <set>
 
@@ -85,9 +87,10 @@ public:
         return good;
     }
 
-    int status() const { return m_status; }
-    const std::optional<HttpHop>& next() const { return m_next; }
-    std::string takeBody() { return std::move(m_body); }
+    const std::optional<HttpHop>& next() const { return m_redirect.next; }
+    HttpResponse takeResponse() { return {m_status, std::move(m_body), m_redirect.refused}; }
+    /// Why run() failed.
+    const UrlError& error() const { return m_error; }
 
 private:
     template <typename Value> bool set(CURLoption option, Value value)
@@ -97,7 +100,8 @@ private:
 
     bool setUp()
     {
-        return set(CURLOPT_URL, m_hop.url.text().c_str())
+        return set(CURLOPT_ERRORBUFFER, m_detail.data())
+            && set(CURLOPT_URL, m_hop.url.text().c_str())
             && set(CURLOPT_PROTOCOLS_STR, m_hop.url.https ? "https" : "http") && setUpRequest()
             && setUpCallbacks() && setUpConnection() && setUpTls(m_easy.get(), m_job.trust);
     }
@@ -151,12 +155,14 @@ private:
         for (int running = 1;;) {
             if (curl_multi_perform(multi, &running) != CURLM_OK)
                 return false;
-            if (m_next)
+            if (m_redirect.next)
                 return true;
             if (running == 0)
                 return finished(multi);
             const auto left = timeLeft();
-            if (left.count() <= 0 || cancellation.isCancelled())
+            if (left.count() <= 0)
+                return fail(UrlErrorCode::TimedOut, "the server did not answer in time");
+            if (cancellation.isCancelled())
                 return false;
             const auto wait = std::min<std::int64_t>(left.count(), 60'000);
             if (curl_multi_poll(multi, nullptr, 0, static_cast<int>(wait), nullptr) != CURLM_OK)
@@ -164,12 +170,26 @@ private:
         }
     }
 
-    bool finished(CURLM* multi) const
+    bool finished(CURLM* multi)
     {
         int left = 0;
         const CURLMsg* message = curl_multi_info_read(multi, &left);
-        return message && message->msg == CURLMSG_DONE && message->data.result == CURLE_OK
-            && m_headComplete;
+        if (!message || message->msg != CURLMSG_DONE)
+            return false;
+        if (message->data.result == CURLE_OK)
+            return m_headComplete || fail(UrlErrorCode::BadReply, "what came is not HTTP");
+        // What a callback refused is known better than what libcurl makes of it.
+        if (!m_hasFailed)
+            m_error = urlErrorOf(m_easy.get(), message->data.result, m_detail.data());
+        return false;
+    }
+
+    /// Returns false, as what fails here does.
+    bool fail(UrlErrorCode code, const char* text)
+    {
+        m_hasFailed = true;
+        m_error = {code, text};
+        return false;
     }
 
     // Until the nearest limit; rounded up, so that a wait ends at it and not just before.
@@ -209,27 +229,26 @@ private:
     {
         m_headerBytes += line.size();
         if (m_headerBytes > m_job.limits.headerBytes)
-            return false;
+            return fail(UrlErrorCode::TooLarge, "the head of the reply is too large");
         if (m_headComplete)
             return true;
         if (line.starts_with("HTTP/")) {
             const auto status = statusOfLine(line);
             m_status = status.value_or(0);
             m_locations.clear();
-            return status.has_value();
+            return status || fail(UrlErrorCode::BadReply, "what came is not HTTP");
         }
         if ((line.starts_with(' ') || line.starts_with('\t'))
             && ++m_continuationLines > maximumContinuationLines)
-            return false;
+            return fail(UrlErrorCode::BadReply, "a header has too many lines");
         while (!line.empty() && (line.back() == '\n' || line.back() == '\r'))
             line.remove_suffix(1);
         if (line.empty()) {
             m_headComplete = m_status >= 200;
-            if (m_headComplete && m_mayRedirect)
-                m_next = nextHop(m_hop, m_status, m_locations,
-                    carriesCredentials(m_job.headers, m_job.first.body));
+            if (m_headComplete)
+                m_redirect = redirect();
             // Nothing was upgraded, so what follows a 101 is no reply.
-            return m_status != 101;
+            return m_status != 101 || fail(UrlErrorCode::BadReply, "the server changes protocol");
         }
         const auto colon = line.find(':');
         if (colon != std::string_view::npos && sameHeaderName(line.substr(0, colon), "Location"))
@@ -237,11 +256,22 @@ private:
         return true;
     }
 
+    Redirect redirect() const
+    {
+        auto found = nextHop(
+            m_hop, m_status, m_locations, carriesCredentials(m_job.headers, m_job.first.body));
+        if (!m_mayRedirect && found.next)
+            return {{}, UrlError{UrlErrorCode::TooManyRedirects, "the server redirects too often"}};
+        return found;
+    }
+
     bool addBody(std::string_view bytes)
     {
         // A reply that leads elsewhere is not read any further.
-        if (m_next || bytes.size() > m_job.limits.bodyBytes - m_body.size())
+        if (m_redirect.next)
             return false;
+        if (bytes.size() > m_job.limits.bodyBytes - m_body.size())
+            return fail(UrlErrorCode::TooLarge, "the reply is too large");
         m_body.append(bytes);
         return true;
     }
@@ -262,8 +292,10 @@ private:
     {
         auto* transfer = static_cast<Transfer*>(self);
         // Whatever a name resolves to, what is not encrypted does not leave this machine.
-        if (!transfer->m_hop.url.https && !isLoopbackAddress(*address))
+        if (!transfer->m_hop.url.https && !isLoopbackAddress(*address)) {
+            transfer->fail(UrlErrorCode::InsecureHttp, "http is allowed to this computer only");
             return CURL_SOCKET_BAD;
+        }
         const int descriptor
             = ::socket(address->family, address->socktype | SOCK_CLOEXEC, address->protocol);
         if (descriptor >= 0)
@@ -287,8 +319,11 @@ private:
     std::size_t m_headerBytes = 0;
     int m_continuationLines = 0;
     std::vector<std::string> m_locations;
-    std::optional<HttpHop> m_next;
+    Redirect m_redirect;
     std::string m_body;
+    bool m_hasFailed = false;
+    UrlError m_error;
+    std::array<char, CURL_ERROR_SIZE> m_detail{};
     bool m_connected = false;
     std::uint64_t m_bytesSeen = 0;
     Clock::time_point m_start;
@@ -313,7 +348,7 @@ void CurlCancellation::watch(void* multi)
     m_multi = multi;
 }
 
-std::optional<HttpResponse> performHttp(const CurlJob& job, CurlCancellation& cancellation)
+UrlReply performHttp(const CurlJob& job, CurlCancellation& cancellation)
 {
     const auto end = Clock::now() + job.limits.total;
     HttpHop hop = job.first;
@@ -322,14 +357,14 @@ std::optional<HttpResponse> performHttp(const CurlJob& job, CurlCancellation& ca
         Transfer transfer(job, hop, redirects < maximumRedirects, end);
         const Multi multi(curl_multi_init(), curl_multi_cleanup);
         if (!multi)
-            return std::nullopt;
+            return UrlError{};
         cancellation.watch(multi.get());
         const bool good = transfer.run(multi.get(), cancellation);
         cancellation.watch(nullptr);
         if (!good || cancellation.isCancelled())
-            return std::nullopt;
+            return transfer.error();
         if (!transfer.next())
-            return HttpResponse{transfer.status(), transfer.takeBody()};
+            return transfer.takeResponse();
         HttpHop next = *transfer.next();
         hop = std::move(next);
     }

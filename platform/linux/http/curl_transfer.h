@@ -37,8 +37,7 @@ struct CurlJob {
     HttpLimits limits;
 };
 
-/// Carries the job out on the calling thread, following redirects. Nothing when no HTTP response
-/// came within the limits, or when it was cancelled.
-std::optional<HttpResponse> performHttp(const CurlJob& job, CurlCancellation& cancellation);
+/// Carries the job out on the calling thread, following redirects.
+UrlReply performHttp(const CurlJob& job, CurlCancellation& cancellation);
 
 } // namespace zarn::linux_backend

@@ -40,7 +40,7 @@ std::thread startWithoutSignals(std::function<void()> work)
 
 } // namespace
 
-/// The running tasks. Main thread, but for the worker threads' own values.
+/// The running tasks. Main thread only: a worker thread has values of its own and posts its reply.
 class CurlUrlSessions::Tasks : public std::enable_shared_from_this<Tasks> {
 public:
     Tasks(MainQueue& mainQueue, HttpLimits limits, Complain complain)
@@ -71,22 +71,25 @@ public:
         task.completion = std::move(completion);
         task.cancellation = std::make_shared<CurlCancellation>();
         auto job = makeJob(configuration, trust, request);
+        UrlError error{UrlErrorCode::Other, "no thread can be started"};
         if (job) {
-            task.thread
-                = startWithoutSignals([job = std::move(*job), cancellation = task.cancellation, id,
-                                          weak = weak_from_this(), &queue = m_mainQueue] {
-                      auto response = performHttp(job, *cancellation);
-                      queue.post([weak, id, response = std::move(response)]() mutable {
-                          if (const auto tasks = weak.lock())
-                              tasks->finish(id, std::move(response));
-                      });
-                  });
+            task.thread = startWithoutSignals(
+                [job = std::move(job.value()), cancellation = task.cancellation, id,
+                    weak = weak_from_this(), &queue = m_mainQueue] {
+                    auto reply = performHttp(job, *cancellation);
+                    queue.post([weak, id, reply = std::move(reply)] {
+                        if (const auto tasks = weak.lock())
+                            tasks->finish(id, reply);
+                    });
+                });
+        } else {
+            error = job.error();
         }
         if (task.thread.joinable())
             return;
-        m_mainQueue.post([weak = weak_from_this(), id] {
+        m_mainQueue.post([weak = weak_from_this(), id, error] {
             if (const auto tasks = weak.lock())
-                tasks->finish(id, std::nullopt);
+                tasks->finish(id, error);
         });
     }
 
@@ -97,7 +100,7 @@ private:
         std::thread thread;
     };
 
-    void finish(std::uint64_t id, std::optional<HttpResponse> response)
+    void finish(std::uint64_t id, const UrlReply& reply)
     {
         auto node = m_running.extract(id);
         if (node.empty())
@@ -105,27 +108,29 @@ private:
         Task& task = node.mapped();
         if (task.thread.joinable())
             task.thread.join();
-        task.completion(std::move(response));
+        task.completion(reply);
     }
 
-    // Nothing for a request that must not be sent.
-    std::optional<CurlJob> makeJob(const UrlSessionConfiguration& configuration, ServerTrust trust,
-        const UrlRequest& request) const
+    // An error for a request that must not be sent.
+    Result<CurlJob, UrlError> makeJob(const UrlSessionConfiguration& configuration,
+        ServerTrust trust, const UrlRequest& request) const
     {
         const auto url = HttpUrl::parse(request.url.text());
-        if (!url || !isHttpToken(request.method)
-            || !headersAreSafe(configuration.additionalHeaders))
-            return std::nullopt;
+        if (!url)
+            return UrlError{UrlErrorCode::BadUrl, "not an http or https address of a server"};
+        if (!isHttpToken(request.method) || !headersAreSafe(configuration.additionalHeaders))
+            return UrlError{UrlErrorCode::BadRequest, "a header cannot be sent as it is"};
         if (!url->https && !url->isLoopback()) {
             m_complain("nothing was sent to " + url->origin()
                 + ": http is allowed to this computer only, use https");
-            return std::nullopt;
+            return UrlError{UrlErrorCode::InsecureHttp, "http is allowed to this computer only"};
         }
         if (trust == ServerTrust::AcceptAny
             && carriesCredentials(configuration.additionalHeaders, request.body)) {
             m_complain("nothing was sent to " + url->origin()
                 + ": no credentials go to a server whose certificate is not verified");
-            return std::nullopt;
+            return UrlError{UrlErrorCode::CredentialsWithheld,
+                "no credentials go to a server whose certificate is not verified"};
         }
         CurlJob job{
             {*url, request.method, request.body}, configuration.additionalHeaders, trust, m_limits};

@@ -81,22 +81,23 @@ bool carriesCredentials(const HttpHeaders& headers, const std::optional<std::str
     return body.has_value() || hasHeader(headers, "Authorization") || hasHeader(headers, "Cookie");
 }
 
-std::optional<HttpHop> nextHop(
+Redirect nextHop(
     const HttpHop& hop, int status, const std::vector<std::string>& locations, bool withCredentials)
 {
     if (!isRedirect(status) || locations.empty())
-        return std::nullopt;
+        return {};
+    const auto refused = [](UrlErrorCode code, std::string text) {
+        return Redirect{std::nullopt, UrlError{code, std::move(text)}};
+    };
     const bool oneOnly = std::all_of(locations.begin(), locations.end(),
         [&](const auto& location) { return location == locations.front(); });
     const auto url = hop.url.resolve(locations.front());
     if (!oneOnly || !url)
-        return std::nullopt;
-    if (hop.url.https && !url->https)
-        return std::nullopt;
-    if (!url->https && !url->isLoopback())
-        return std::nullopt;
+        return refused(UrlErrorCode::BadRedirect, "the server redirects to no usable address");
+    if (!url->https && (hop.url.https || !url->isLoopback()))
+        return refused(UrlErrorCode::RedirectToHttp, url->origin());
     if (withCredentials && !url->sameOrigin(hop.url))
-        return std::nullopt;
+        return refused(UrlErrorCode::RedirectElsewhere, url->origin());
     HttpHop next{*url, hop.method, hop.body};
     const bool becomesGet = status == 303 ? hop.method != "GET" && hop.method != "HEAD"
                                           : status < 303 && hop.method == "POST";
@@ -104,7 +105,7 @@ std::optional<HttpHop> nextHop(
         next.method = "GET";
         next.body.reset();
     }
-    return next;
+    return {next, std::nullopt};
 }
 
 std::optional<int> statusOfLine(std::string_view line)

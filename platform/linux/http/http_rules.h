@@ -33,11 +33,17 @@ std::string_view withoutOuterBlanks(std::string_view text);
 /// Whether a request carries what only its own server may see: a header that authorises, or a body.
 bool carriesCredentials(const HttpHeaders& headers, const std::optional<std::string>& body);
 
-/// The request that a reply of this status with these Location headers leads to; nothing when the
-/// reply is itself the response. 301 and 302 turn POST into GET, 303 every method but HEAD; a body
-/// goes with its method. The session's headers stay. Two different Location headers lead nowhere.
-std::optional<HttpHop> nextHop(const HttpHop& hop, int status,
-    const std::vector<std::string>& locations, bool withCredentials);
+/// Where a reply leads. With neither member it is no redirect.
+struct Redirect {
+    std::optional<HttpHop> next;
+    std::optional<UrlError> refused;
+};
+
+/// The request that a reply of this status with these Location headers leads to, or why the reply
+/// is itself the response. 301 and 302 turn POST into GET, 303 every method but HEAD; a body goes
+/// with its method. The session's headers stay. Two different Location headers lead nowhere.
+Redirect nextHop(const HttpHop& hop, int status, const std::vector<std::string>& locations,
+    bool withCredentials);
 
 /// The status of an HTTP/1.0 or HTTP/1.1 status line, 100 to 999; nothing for any other line.
 std::optional<int> statusOfLine(std::string_view line);

@@ -13,16 +13,12 @@
 #include "tests/contract/serial_queue_contract.h"
 #include "tests/contract/settings_contract.h"
 #include "tests/contract/text_services_contract.h"
-#include "tests/contract/url_session_contract.h"
-#include "tests/platform/linux/http/http_fixture.h"
 #include "tests/support/scoped_variable.h"
 #include "tests/support/scratch_folder.h"
 
 #include <cstdio>
-#include <deque>
 #include <fstream>
 #include <map>
-#include <mutex>
 #include <sstream>
 
 #include <fcntl.h>
@@ -162,72 +158,6 @@ private:
     PlistSettings m_other{m_scratch.path() + "/config/zarn-actions", {}, nullptr};
 };
 
-/// libcurl, and, a TLS server on loopback.
-class LinuxUrlSessionBackend final : public UrlSessionBackend {
-public:
-    UrlSessions& sessions() override { return *m_client.sessions; }
-    void destroySessions() override { m_client.sessions.reset(); }
-    Url url(const std::string& path) override { return *Url::fromText(m_server.https() + path); }
-
-    void willReply(int status, const std::string& body) override
-    {
-        demo::Reply reply;
-        reply.status = status;
-        reply.body = body;
-        script(reply);
-    }
-
-    void willNotRespond() override
-    {
-        demo::Reply reply;
-        reply.dropAfter = 0;
-        script(reply);
-    }
-
-    std::vector<SeenRequest> seen() override
-    {
-        std::vector<SeenRequest> seen;
-        for (const auto& request : m_server.requests()) {
-            SeenRequest plain{request.method, m_server.https() + request.target, {}, request.body};
-            for (const auto& header : request.headers) {
-                if (header.first != "Host" && header.first != "Content-Length")
-                    plain.headers.push_back(header);
-            }
-            seen.push_back(plain);
-        }
-        return seen;
-    }
-
-    bool runUntil(const std::function<bool()>& done) override
-    {
-        return m_client.queue.runUntil(done, m_client.sessions ? 110s : 200ms);
-    }
-
-private:
-    void script(const demo::Reply& reply)
-    {
-        const std::lock_guard lock(m_mutex);
-        m_replies.push_back(reply);
-    }
-
-    demo::Reply nextReply()
-    {
-        const std::lock_guard lock(m_mutex);
-        demo::Reply reply;
-        reply.status = 404;
-        if (!m_replies.empty()) {
-            reply = m_replies.front();
-            m_replies.pop_front();
-        }
-        return reply;
-    }
-
-    std::mutex m_mutex;
-    std::deque<demo::Reply> m_replies;
-    HttpClient m_client;
-    LoopbackServer m_server{[this](const demo::Request&) { return nextReply(); }};
-};
-
 /// The locale counts when the order is first asked for.
 std::unique_ptr<TextServices> inLocale(const char* name)
 {
@@ -277,11 +207,6 @@ std::unique_ptr<SerialQueues> makeSerialQueues()
 std::unique_ptr<SettingsFixture> makeSettingsFixture()
 {
     return std::make_unique<LinuxSettingsFixture>();
-}
-
-std::unique_ptr<UrlSessionBackend> makeUrlSessionBackend()
-{
-    return std::make_unique<LinuxUrlSessionBackend>();
 }
 
 } // namespace zarn

@@ -144,6 +144,16 @@ public:
         m_sessions->reply(status, body);
     }
     void willNotRespond() override { m_sessions->replyNothing(); }
+    UrlRequest failing(UrlErrorCode code) override
+    {
+        m_sessions->fail({code, "scripted"});
+        return {url("/s3cret")};
+    }
+    UrlRequest redirecting(UrlErrorCode code) override
+    {
+        m_sessions->redirectNowhere(307, {code, "https://other.example:8443"});
+        return {url("/"), "POST", "s3cret"};
+    }
 
     std::vector<SeenRequest> seen() override
     {

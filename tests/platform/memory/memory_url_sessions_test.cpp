@@ -19,9 +19,10 @@ protected:
     }
     DataTaskCompletion recorder()
     {
-        return [this](const std::optional<HttpResponse>& response) {
-            answers.push_back(
-                response ? std::to_string(response->status) + " " + response->body : "nothing");
+        return [this](const UrlReply& reply) {
+            answers.push_back(reply
+                    ? std::to_string(reply.value().status) + " " + reply.value().body
+                    : "nothing");
         };
     }
 
@@ -95,7 +96,7 @@ TEST_F(MemoryUrlSessionsTest, CountsSessionsAndEmptiedCaches)
 TEST_F(MemoryUrlSessionsTest, ATaskStartedByACompletionIsDeliveredAfterIt)
 {
     const auto session = sessions.makeSession({}, delegate);
-    session->dataTask(request("1"), [&](const std::optional<HttpResponse>&) {
+    session->dataTask(request("1"), [&](const UrlReply&) {
         session->dataTask(request("2"), recorder());
         EXPECT_TRUE(answers.empty());
     });

@@ -360,11 +360,10 @@ TEST_F(HttpHostile, OneByteASecondAndSilenceEndAtTheirLimits)
         bool done = false;
         const auto start = std::chrono::steady_clock::now();
         sessions.makeSession({}, delegate)
-            ->dataTask(
-                {*Url::fromText(server.https())}, [&](const std::optional<HttpResponse>& response) {
-                    EXPECT_FALSE(response);
-                    done = true;
-                });
+            ->dataTask({*Url::fromText(server.https())}, [&](const UrlReply& response) {
+                EXPECT_FALSE(response);
+                done = true;
+            });
         ASSERT_TRUE(queue.runUntil([&] { return done; }, expected + 90s));
         const auto taken = std::chrono::steady_clock::now() - start;
         EXPECT_GE(taken, expected);

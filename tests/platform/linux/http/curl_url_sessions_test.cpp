@@ -578,15 +578,13 @@ TEST(HttpLimits, DestroyingTheSessionsDoesNotWaitForTheirTasks)
     bool called = false;
     const auto session = client.sessions->makeSession({}, delegate);
     for (const auto& url : {server.https() + "/a", std::string("https://zarn.invalid/")})
-        session->dataTask(
-            {*Url::fromText(url)}, [&](const std::optional<HttpResponse>&) { called = true; });
+        session->dataTask({*Url::fromText(url)}, [&](const UrlReply&) { called = true; });
     const auto start = std::chrono::steady_clock::now();
     client.sessions.reset();
     EXPECT_LT(std::chrono::steady_clock::now() - start, 30s);
     client.queue.runPosted();
     EXPECT_FALSE(called);
-    session->dataTask({*Url::fromText(server.https())},
-        [&](const std::optional<HttpResponse>&) { called = true; });
+    session->dataTask({*Url::fromText(server.https())}, [&](const UrlReply&) { called = true; });
     client.queue.runPosted();
     EXPECT_FALSE(called);
 }

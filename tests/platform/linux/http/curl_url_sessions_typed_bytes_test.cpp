@@ -104,7 +104,8 @@ protected:
             .clock = clock,
             .log = log,
             .alerts = alerts,
-            .console = console});
+            .console = console,
+            .status = statusLine});
     int validations = 0;
 };
 

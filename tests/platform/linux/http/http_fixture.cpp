@@ -158,10 +158,14 @@ std::optional<HttpResponse> HttpClient::send(
 {
     FixedTrust delegate(trust);
     std::optional<HttpResponse> result;
+    error.reset();
     bool done = false;
     sessions->makeSession({UrlSessionConfiguration::Storage::Ephemeral, headers}, delegate)
-        ->dataTask(request, [&](std::optional<HttpResponse> response) {
-            result = std::move(response);
+        ->dataTask(request, [&](const UrlReply& reply) {
+            if (reply)
+                result = reply.value();
+            else
+                error = reply.error();
             done = true;
         });
     if (!queue.runUntil([&] { return done; }, 110s))

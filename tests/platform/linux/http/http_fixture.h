@@ -79,6 +79,8 @@ public:
 
     TestMainQueue queue;
     std::vector<std::string> complaints;
+    /// Why the last request got no response.
+    std::optional<UrlError> error;
     std::unique_ptr<CurlUrlSessions> sessions;
 };
 

@@ -20,8 +20,9 @@ std::optional<HttpResponse> fetch(
     std::optional<HttpResponse> result;
     const int before = calls;
     sessions.makeSession({}, delegate)
-        ->dataTask({*Url::fromText(url)}, [&](std::optional<HttpResponse> response) {
-            result = std::move(response);
+        ->dataTask({*Url::fromText(url)}, [&](const UrlReply& reply) {
+            if (reply)
+                result = reply.value();
             ++calls;
         });
     EXPECT_EQ(calls, before) << "a completion ran within the call";

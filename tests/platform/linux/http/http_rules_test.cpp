@@ -14,7 +14,7 @@ HttpHop hopTo(const char* url, const char* method = "POST")
 std::optional<HttpHop> next(
     const HttpHop& hop, int status, const std::string& location, bool withCredentials = false)
 {
-    return nextHop(hop, status, {location}, withCredentials);
+    return nextHop(hop, status, {location}, withCredentials).next;
 }
 
 TEST(HttpRules, RedirectsTurnPostIntoGetOrKeepIt)
@@ -78,9 +78,9 @@ TEST(HttpRules, NothingLeadsFromHttpsToHttpOrFromLoopbackToHttpElsewhere)
 TEST(HttpRules, MissingGarbageAndContradictingLocationsLeadNowhere)
 {
     const HttpHop hop = hopTo("https://a/");
-    EXPECT_FALSE(nextHop(hop, 302, {}, false));
-    EXPECT_FALSE(nextHop(hop, 302, {"/b", "/c"}, false));
-    EXPECT_TRUE(nextHop(hop, 302, {"/b", "/b"}, false));
+    EXPECT_FALSE(nextHop(hop, 302, {}, false).next);
+    EXPECT_FALSE(nextHop(hop, 302, {"/b", "/c"}, false).next);
+    EXPECT_TRUE(nextHop(hop, 302, {"/b", "/b"}, false).next);
     for (const char* garbage :
         {"", "ftp://b/", "javascript:1", "https://u:p@a/", "//u@a/", "a b", "http//x", "https:///"})
         EXPECT_EQ(next(hop, 302, garbage).has_value(), std::string(garbage) == "http//x")
