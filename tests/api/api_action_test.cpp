@@ -102,7 +102,7 @@ TEST_F(ApiActionTest, AMissingResponseIsLoggedBeforeItsCompletion)
     std::vector<std::string> linesBefore;
     sessions.replyNothing();
     delegate->action({"https://zarn.example", "computers", "", {}, "", "get"},
-        [&](const Value::Dictionary&) { linesBefore = logLines(); });
+        [&](const Value::Dictionary&, const auto&) { linesBefore = logLines(); });
     sessions.deliverAll();
     ASSERT_FALSE(linesBefore.empty());
     EXPECT_EQ(
