@@ -2,9 +2,9 @@
 #include "platform/linux/linux_platform.h"
 
 #include "base/warn.h"
+#include "platform/linux/desktop/desktop_preferences.h"
 #include "platform/linux/desktop/desktop_workspace.h"
 #include "platform/linux/desktop/process_signals.h"
-#include "platform/linux/desktop/settings_portal.h"
 #include "platform/linux/desktop/single_instance.h"
 #include "platform/linux/desktop/x11_window_list.h"
 #include "platform/linux/diagnosis.h"
@@ -103,7 +103,7 @@ struct LinuxPlatform::Adapters {
     void loadHttp() const;
     void openLink(const std::string& address);
     std::vector<std::string> ownTitles() const;
-    void followColorPreference() const;
+    void followDesktop() const;
     KeychainOptions keychainOptions() const;
 
     Options m_options;
@@ -132,7 +132,7 @@ struct LinuxPlatform::Adapters::WithDisplay {
     WithDisplay& operator=(const WithDisplay&) = delete;
 
     QtApplication application;
-    SettingsPortal portal;
+    DesktopPreferences preferences;
     PlistSettings settings;
     QtAlertRunner alertRunner;
     X11WindowList windowList;
@@ -144,8 +144,8 @@ struct LinuxPlatform::Adapters::WithDisplay {
 LinuxPlatform::Adapters::WithDisplay::WithDisplay(Adapters& adapters)
     : application(adapters.arguments.count(), adapters.arguments.values(),
         [&adapters](const std::string& address) { adapters.openLink(address); })
-    , settings(
-          adapters.paths.config, launchArgumentsOf(adapters.m_options.launchArguments), &portal)
+    , settings(adapters.paths.config, launchArgumentsOf(adapters.m_options.launchArguments),
+          &preferences)
     , alertRunner(application)
     , windowList([&adapters] { return adapters.ownTitles(); })
     , keychain(application.mainQueue(), moduleStore(adapters.keychainOptions()))
@@ -179,10 +179,18 @@ std::vector<std::string> LinuxPlatform::Adapters::ownTitles() const
     return titles;
 }
 
-// A launch argument or a value of our own goes before what the desktop prefers.
-void LinuxPlatform::Adapters::followColorPreference() const
+void LinuxPlatform::Adapters::followDesktop() const
 {
-    applyDark(display->settings.standard().string("AppleInterfaceStyle") == "Dark");
+    const auto& chosen = display->preferences.look();
+    QtLook look;
+    // A launch argument or a value of our own comes before the desktop's preference.
+    look.dark = display->settings.standard().string("AppleInterfaceStyle") == "Dark";
+    look.highContrast = chosen.highContrast.value_or(false);
+    look.accent = chosen.accent;
+    look.textScale = chosen.textScale.value_or(1);
+    if (chosen.font)
+        look.font = {chosen.font->family, chosen.font->points, chosen.font->usualPoints};
+    applyLook(look);
 }
 
 KeychainOptions LinuxPlatform::Adapters::keychainOptions() const
@@ -244,11 +252,10 @@ LinuxPlatform::Start LinuxPlatform::start(const Options& options)
             adapters.display->application.activateForOtherStart(
                 adapters.instance.takeActivationToken());
         });
-    display.portal.waitForFirstAnswer(portalPatience);
+    display.preferences.waitForFirstReply(portalPatience);
     forbidTracing();
-    adapters->followColorPreference();
-    display.portal.setBeforeObservers(
-        [&adapters = *adapters](bool) { adapters.followColorPreference(); });
+    adapters->followDesktop();
+    display.preferences.setBeforeObservers([&adapters = *adapters] { adapters.followDesktop(); });
     display.application.setAfterFirstPaint([&display] { display.keychain.preload(); });
     display.application.setAtFirstInput([&adapters = *adapters] { adapters.loadHttp(); });
     return {std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(adapters))), 0, ""};
@@ -271,7 +278,7 @@ Services LinuxPlatform::services()
         .clock = all.clock,
         .console = all.console,
         .dateFormatter = all.dateFormatter,
-        .notificationCenter = display.portal,
+        .notificationCenter = display.preferences,
         .fileManager = all.fileManager,
         .keychain = display.keychain,
         .serialQueues = all.serialQueues,

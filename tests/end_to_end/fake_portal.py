@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-"""A settings portal: fake_portal.py SCHEME. A line on standard input changes the colour scheme."""
+"""A settings portal: fake_portal.py SCHEME [SETTING=VALUE...]. A line on standard input changes a setting."""
 
 import sys
 import threading
@@ -11,29 +11,44 @@ from gi.repository import GLib
 
 SETTINGS = "org.freedesktop.portal.Settings"
 APPEARANCE = "org.freedesktop.appearance"
+GNOME = "org.gnome.desktop.interface"
 
 
 class Portal(dbus.service.Object):
-    scheme = 0
+    settings = {}
 
-    @dbus.service.method(SETTINGS, in_signature="ss", out_signature="v")
-    def Read(self, namespace, key):
-        if (namespace, key) != (APPEARANCE, "color-scheme"):
-            raise dbus.DBusException("no such setting", name="org.freedesktop.portal.Error.NotFound")
-        return dbus.UInt32(self.scheme, variant_level=2)
+    @dbus.service.method(SETTINGS, in_signature="as", out_signature="a{sa{sv}}")
+    def ReadAll(self, namespaces):
+        return {name: settings for name, settings in self.settings.items() if name in namespaces}
 
     @dbus.service.signal(SETTINGS, signature="ssv")
     def SettingChanged(self, namespace, key, value):
         pass
 
-    def change(self, scheme):
-        self.scheme = scheme
-        self.SettingChanged(APPEARANCE, "color-scheme", dbus.UInt32(scheme, variant_level=1))
+    def change(self, words):
+        for namespace, key, value in settings_of(words):
+            self.settings.setdefault(namespace, {})[key] = value
+            self.SettingChanged(namespace, key, value)
+
+
+def settings_of(words):
+    """ "1" is a colour scheme; "contrast=1", "font-name=Sans 14" and the like are other settings."""
+    for word in words:
+        key, _, value = word.rpartition("=")
+        yield {
+            "": lambda: (APPEARANCE, "color-scheme", dbus.UInt32(int(value))),
+            "contrast": lambda: (APPEARANCE, key, dbus.UInt32(int(value))),
+            "accent-color": lambda: (APPEARANCE, key, dbus.Struct(
+                [float(part) for part in value.split(",")], signature="ddd")),
+            "font-name": lambda: (GNOME, key, dbus.String(value)),
+            "text-scaling-factor": lambda: (GNOME, key, dbus.Double(float(value))),
+            "high-contrast": lambda: ("org.gnome.desktop.a11y.interface", key, dbus.Boolean(value == "true")),
+        }[key]()
 
 
 def read_commands(portal):
     for line in sys.stdin:
-        GLib.idle_add(portal.change, int(line))
+        GLib.idle_add(portal.change, [line.strip()])
     GLib.idle_add(loop.quit)
 
 
@@ -41,7 +56,7 @@ dbus.mainloop.glib.DBusGMainLoop(set_as_default=True)
 bus = dbus.SessionBus()
 name = dbus.service.BusName("org.freedesktop.portal.Desktop", bus)
 portal = Portal(bus, "/org/freedesktop/portal/desktop")
-portal.scheme = int(sys.argv[1])
+portal.change(sys.argv[1:])
 loop = GLib.MainLoop()
 threading.Thread(target=read_commands, args=(portal,), daemon=True).start()
 print("ready", flush=True)

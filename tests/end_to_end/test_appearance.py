@@ -13,21 +13,28 @@ LIGHT, DARK = 2, 1
 GREY = (51, 51, 51)
 
 
-class Appearance(WorldTest):
-    def portal(self, scheme):
+class DesktopTest(WorldTest):
+    def portal(self, *settings):
         process = subprocess.Popen(
             ["/usr/bin/python3", os.path.join(os.path.dirname(os.path.abspath(__file__)), "fake_portal.py"),
-             str(scheme)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
+             *(str(setting) if "=" in str(setting) else f"={setting}" for setting in settings)], stdin=subprocess.PIPE, stdout=subprocess.PIPE, text=True)
         self.addCleanup(process.stdout.close)
         self.addCleanup(process.wait)
         self.addCleanup(process.stdin.close)
         self.assertEqual(process.stdout.readline(), "ready\n")
-        self.switch = lambda to: (process.stdin.write(f"{to}\n"), process.stdin.flush())
+        self.set = lambda setting: (process.stdin.write(setting + "\n"), process.stdin.flush())
+        self.switch = lambda scheme: self.set(f"={scheme}")
 
     def start(self):
         self.program = self.start_program().wait_for_window()
         self.screen = self.program.screen
         return self.screen
+
+    def inside(self, role, name):
+        """The colours within the frame of a control."""
+        x, y, width, height = self.screen.area(self.screen.control(role, name))
+        inset = 4 if role == "push button" else 0
+        return colors_of((x + inset, y + inset, width - 2 * inset, height - 2 * inset))
 
     def window_area(self, title):
         for window in self.screen.windows():
@@ -35,6 +42,8 @@ class Appearance(WorldTest):
                 return self.screen.area(window)
         raise NotFound(f"no window {title!r}")
 
+
+class Appearance(DesktopTest):
     def open_about(self):
         self.screen.menu("Zarn Actions", "About Zarn Actions")
         wait_for(lambda: "About" in self.screen.window_titles(), "the About window")
@@ -85,7 +94,7 @@ class Appearance(WorldTest):
         wait_for(lambda: max(background(colors_of(self.window_area("Zarn Actions")))) < 90, "a dark window")
         for role, name in (("label", "Display Name:"), ("label", "Server URL:"), ("push button", "Add"),
                            ("check box", "Use username and password"), ("menu item", "Zarn Actions")):
-            counts = colors_of(self.screen.area(screen.control(role, name)))
+            counts = self.inside(role, name)
             self.assertLess(max(background(counts)), 110, name)
             self.assertGreaterEqual(text_contrast(counts), 4.5, name)
         self.assert_frames_stand_out()
@@ -97,7 +106,7 @@ class Appearance(WorldTest):
         wait_for(lambda: min(background(colors_of(self.window_area("Zarn Actions")))) > 160, "a painted window")
         for role, name in (("label", "Display Name:"), ("label", "Server URL:"), ("push button", "Add"),
                            ("check box", "Use username and password"), ("menu item", "Zarn Actions")):
-            counts = colors_of(self.screen.area(screen.control(role, name)))
+            counts = self.inside(role, name)
             self.assertGreater(min(background(counts)), 160, name)
             self.assertGreaterEqual(text_contrast(counts), 4.5, name)
         self.assert_frames_stand_out()
@@ -107,8 +116,7 @@ class Appearance(WorldTest):
         write_settings(STANDARD, {})
         self.portal(DARK)
         screen = self.start()
-        box = self.screen.area(screen.control("push button", "Accept"))
-        self.assertGreaterEqual(text_contrast(colors_of(box)), 4.5)
+        self.assertGreaterEqual(text_contrast(self.inside("push button", "Accept")), 4.5)
         window = next(window for window in screen.windows() if window.get_name() != "Zarn Actions")
         wait_for(lambda: background(colors_of(self.screen.area(window))) == GREY, "the opaque grey")
         self.assertIn((255, 255, 255), colors_of(self.screen.area(window)))

@@ -3,24 +3,62 @@
 
 #include "tests/support/bus_service.h"
 
+#include <QDBusArgument>
+#include <QDBusMetaType>
 #include <QDBusVariant>
+#include <QMap>
+
+/// A colour of the portal: three parts from 0 to 1.
+struct PortalColor {
+    double red = 0;
+    double green = 0;
+    double blue = 0;
+};
+
+inline QDBusArgument& operator<<(QDBusArgument& argument, const PortalColor& color)
+{
+    argument.beginStructure();
+    argument << color.red << color.green << color.blue;
+    argument.endStructure();
+    return argument;
+}
+
+inline const QDBusArgument& operator>>(const QDBusArgument& argument, PortalColor& color)
+{
+    argument.beginStructure();
+    argument >> color.red >> color.green >> color.blue;
+    argument.endStructure();
+    return argument;
+}
 
 namespace zarn::linux_backend {
 
-/// The desktop's settings portal, as far as the colour preference goes.
+/// The desktop's settings portal.
 class FakeSettingsPortal {
 public:
+    using Settings = QMap<QString, QVariantMap>;
     enum class Manner { Answers, Refuses, KeepsSilent };
     explicit FakeSettingsPortal(unsigned colorScheme, Manner manner = Manner::Answers)
-        : m_colorScheme(colorScheme)
+        : FakeSettingsPortal(
+            Settings{{"org.freedesktop.appearance", {{"color-scheme", colorScheme}}}}, manner)
+    {
+    }
+    explicit FakeSettingsPortal(Settings settings, Manner manner = Manner::Answers)
+        : m_settings(std::move(settings))
         , m_manner(manner)
     {
+        qDBusRegisterMetaType<PortalColor>();
+        qDBusRegisterMetaType<Settings>();
     }
 
     void setColorScheme(unsigned value)
     {
-        m_colorScheme = value;
-        emitChange("org.freedesktop.appearance", "color-scheme", value);
+        change("org.freedesktop.appearance", "color-scheme", value);
+    }
+    void change(const QString& nameSpace, const QString& key, const QVariant& value)
+    {
+        m_settings[nameSpace][key] = value;
+        emitChange(nameSpace, key, value);
     }
     void emitChange(const QString& nameSpace, const QString& key, const QVariant& value)
     {
@@ -35,20 +73,21 @@ public:
 private:
     QDBusMessage answerTo(const QDBusMessage& call) const
     {
-        // The portal wraps the value twice.
-        const QDBusVariant inner{QVariant(m_colorScheme)};
-        return call.createReply(QVariant::fromValue(QDBusVariant(QVariant::fromValue(inner))));
+        Settings wanted;
+        for (const auto& nameSpace : call.arguments().value(0).toStringList()) {
+            if (m_settings.contains(nameSpace))
+                wanted[nameSpace] = m_settings[nameSpace];
+        }
+        return call.createReply(QVariant::fromValue(wanted));
     }
 
-    unsigned m_colorScheme;
+    Settings m_settings;
     Manner m_manner;
     BusService m_service{"org.freedesktop.portal.Desktop", "/org/freedesktop/portal/desktop",
         [this](const QDBusMessage& call) -> std::optional<QDBusMessage> {
             if (m_manner == Manner::KeepsSilent)
                 return std::nullopt;
-            const QVariantList wanted{"org.freedesktop.appearance", "color-scheme"};
-            if (m_manner == Manner::Refuses || call.member() != "Read"
-                || call.arguments() != wanted)
+            if (m_manner == Manner::Refuses || call.member() != "ReadAll")
                 return call.createErrorReply(
                     "org.freedesktop.portal.Error.NotFound", "Requested setting not found");
             return answerTo(call);

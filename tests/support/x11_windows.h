@@ -122,13 +122,28 @@ public:
         std::free(
             xcb_get_input_focus_reply(m_connection, xcb_get_input_focus(m_connection), nullptr));
     }
-
-private:
     void set(xcb_window_t window, xcb_atom_t property, xcb_atom_t type, const std::string& bytes)
     {
         xcb_change_property(m_connection, XCB_PROP_MODE_REPLACE, window, property, type, 8,
             static_cast<std::uint32_t>(bytes.size()), bytes.data());
     }
+    /// Makes the window the owner of a manager's selection, and lets every program know.
+    void manage(xcb_atom_t selection, xcb_window_t window)
+    {
+        xcb_set_selection_owner(m_connection, window, selection, XCB_CURRENT_TIME);
+        xcb_client_message_event_t news{};
+        news.response_type = XCB_CLIENT_MESSAGE;
+        news.format = 32;
+        news.window = m_screen->root;
+        news.type = atom("MANAGER");
+        news.data.data32[1] = selection;
+        news.data.data32[2] = window;
+        xcb_send_event(m_connection, 0, m_screen->root, XCB_EVENT_MASK_STRUCTURE_NOTIFY,
+            reinterpret_cast<const char*>(&news));
+        sync();
+    }
+
+private:
     /// Waits for the event, 100 ms at most.
     bool hasBecomeVisible(xcb_window_t window)
     {

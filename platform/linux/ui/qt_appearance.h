@@ -1,13 +1,39 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include <cstdint>
+#include <optional>
+#include <string>
+
 namespace zarn::linux_backend {
 
-/// Draws the program's controls alike on every desktop. Main thread only, before the application is
-/// made.
+/// How the whole program looks.
+struct QtLook {
+    struct Font {
+        std::string family;
+        double points = 0;
+        /// The size that the user of such a desktop has who never chose one.
+        double usualPoints = 0;
+    };
+    bool dark = false;
+    bool highContrast = false;
+    /// 0xRRGGBB, for selected text, where text on it can be read.
+    std::optional<std::uint32_t> accent;
+    /// The toolkit's own font when absent.
+    std::optional<Font> font;
+    /// A factor on the size of all text.
+    double textScale = 1;
+};
+
+/// Draws the program's controls alike on every desktop, unless the user forces another style
+/// (QT_STYLE_OVERRIDE). Main thread only, before the application is made.
 void useOwnStyle();
 
-/// Gives the whole program its colours, light or dark. Main thread only.
-void applyDark(bool dark);
+/// Gives the whole program its font and colours. Main thread only.
+void applyLook(const QtLook& look);
+
+/// The size that a text of `points` has for this user: as given while the desktop's font has its
+/// usual size, else in proportion. Main thread only.
+double userPoints(double points);
 
 } // namespace zarn::linux_backend

@@ -201,6 +201,10 @@ public:
     QtTextView(NoticeBrowser* browser, std::function<void(const std::string&)> openLink);
     bool hasTextStorage() const override { return true; }
     void setAttributedText(const AttributedText& text) override;
+
+private:
+    /// Written anew when the user chooses another font.
+    AttributedText m_text;
 };
 
 } // namespace zarn::linux_backend

@@ -1,4 +1,5 @@
 // SPDX-License-Identifier: MIT
+#include "platform/linux/ui/qt_appearance.h"
 #include "platform/linux/ui/qt_controls.h"
 #include "platform/linux/ui/qt_widgets.h"
 
@@ -14,8 +15,7 @@ QTextCharFormat formatOf(const TextRun& run, const QPalette& palette)
 {
     QTextCharFormat format;
     QFont font = QApplication::font();
-    // The user's own text size counts: 12 points are the size of the system font.
-    font.setPointSizeF(font.pointSizeF() * run.font.pointSize / 12);
+    font.setPointSizeF(userPoints(run.font.pointSize));
     font.setItalic(run.font.name.find("Italic") != std::string::npos);
     format.setFont(font);
     format.setForeground(run.color == TextColor::White ? Qt::white : Qt::black);
@@ -33,12 +33,14 @@ QTextCharFormat formatOf(const TextRun& run, const QPalette& palette)
 QtTextView::QtTextView(NoticeBrowser* browser, std::function<void(const std::string&)> openLink)
     : QtControlOf(browser)
 {
+    browser->fontChanged = [this] { setAttributedText(AttributedText(m_text)); };
     browser->openLink = [openLink = std::move(openLink)](
                             const QString& address) { openLink(address.toStdString()); };
 }
 
 void QtTextView::setAttributedText(const AttributedText& text)
 {
+    m_text = text;
     widget().clear();
     QTextCursor cursor(widget().document());
     cursor.beginEditBlock();

@@ -98,6 +98,13 @@ void ServerPopUp::initStyleOption(QStyleOptionComboBox* option) const
         = option->fontMetrics.elidedText(option->currentText, Qt::ElideRight, area.width());
 }
 
+void NoticeBrowser::changeEvent(QEvent* event)
+{
+    QTextBrowser::changeEvent(event);
+    if (event->type() == QEvent::FontChange && fontChanged)
+        fontChanged();
+}
+
 NoticeBrowser::NoticeBrowser(QWidget* parent)
     : QTextBrowser(parent)
 {

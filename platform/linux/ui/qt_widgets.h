@@ -64,4 +64,9 @@ class NoticeBrowser : public QTextBrowser {
 public:
     explicit NoticeBrowser(QWidget* parent = nullptr);
     std::function<void(const QString&)> openLink;
+    /// The user has chosen another font: the text's own is out of date.
+    std::function<void()> fontChanged;
+
+protected:
+    void changeEvent(QEvent* event) override;
 };

@@ -4,15 +4,20 @@
 #include "platform/linux/ui/qt_widgets.h"
 
 #include <QAction>
+#include <QApplication>
 #include <QCloseEvent>
 #include <QLabel>
 #include <QLayout>
 #include <QMainWindow>
 #include <QMenuBar>
+#include <QScreen>
+#include <QTextDocument>
 #include <QTimer>
 #include <QWindow>
 
+#include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <utility>
 
 namespace zarn::linux_backend {
@@ -98,6 +103,18 @@ private:
     bool m_isPainted = false;
 };
 
+void setLargeTexts(const QMainWindow& window)
+{
+    for (auto* label : window.findChildren<QLabel*>()) {
+        if (!label->property("largeText").isValid())
+            continue;
+        auto font = QApplication::font();
+        font.setPointSizeF(font.pointSizeF() * 1.5);
+        font.setBold(true);
+        label->setFont(font);
+    }
+}
+
 void prepareForm(QMainWindow& window)
 {
     for (auto* widget : window.findChildren<QWidget*>()) {
@@ -108,13 +125,8 @@ void prepareForm(QMainWindow& window)
             policy.setRetainSizeWhenHidden(true);
             widget->setSizePolicy(policy);
         }
-        if (widget->property("largeText").isValid()) {
-            auto font = widget->font();
-            font.setPointSizeF(font.pointSizeF() * 1.5);
-            font.setBold(true);
-            widget->setFont(font);
-        }
     }
+    setLargeTexts(window);
 }
 
 } // namespace
@@ -195,6 +207,7 @@ void QtScene::load(std::unique_ptr<ViewController> controller)
     m_controller->setView(this);
     m_controller->connectOutlets(m_outlets);
     m_controller->viewDidLoad();
+    fitNotice();
 }
 
 void QtScene::show(const QtScene* presenter)
@@ -253,6 +266,10 @@ bool QtScene::eventFilter(QObject* watched, QEvent* event)
         if (m_window->windowState()
             & (Qt::WindowMinimized | Qt::WindowFullScreen | Qt::WindowMaximized))
             m_window->setWindowState(Qt::WindowNoState);
+    } else if (watched == m_window.get() && event->type() == QEvent::FontChange) {
+        setLargeTexts(*m_window);
+        // Later, when the text has been written anew in that font.
+        QMetaObject::invokeMethod(this, &QtScene::fitNotice, Qt::QueuedConnection);
     } else if (watched == &content() && event->type() == QEvent::LayoutRequest && m_preferredSize) {
         QMetaObject::invokeMethod(this, &QtScene::fitContent, Qt::QueuedConnection);
     }
@@ -289,6 +306,37 @@ void QtScene::fitContent()
     content().setFixedSize(size);
     const int menuHeight = m_window->menuWidget() ? m_window->menuWidget()->sizeHint().height() : 0;
     m_window->setFixedSize(size.width(), size.height() + menuHeight);
+}
+
+// A window around a notice grows with the user's font until the whole text is in sight, up to the
+// size of the screen; from there on the text scrolls.
+void QtScene::fitNotice()
+{
+    const auto* notice = content().findChild<NoticeBrowser*>();
+    if (!notice)
+        return;
+    constexpr int lettersInALine = 62;
+    const auto screen = m_window->screen()->availableSize() * 9 / 10;
+    const auto* layout = content().layout();
+    const auto margins = layout->contentsMargins();
+    const int textWidth = notice->fontMetrics().averageCharWidth() * lettersInALine;
+    const int width = std::min(
+        screen.width(), std::max(m_window->width(), textWidth + margins.left() + margins.right()));
+    std::unique_ptr<QTextDocument> text(notice->document()->clone());
+    text->setTextWidth(width - margins.left() - margins.right());
+    const int others = layout->minimumSize().height() - notice->minimumSizeHint().height();
+    const int menu = m_window->menuWidget() ? m_window->menuWidget()->sizeHint().height() : 0;
+    const int needed = others + menu + static_cast<int>(std::ceil(text->size().height()));
+    const QSize size(width, std::min(screen.height(), std::max(m_window->height(), needed)));
+    if (m_window->minimumSize() == m_window->maximumSize())
+        m_window->setFixedSize(size);
+    else
+        m_window->resize(size);
+    // Its buttons stay in sight.
+    const auto visible = m_window->screen()->availableGeometry();
+    const QPoint last = visible.bottomRight() - m_window->rect().bottomRight();
+    if (m_shown && m_window->isVisible())
+        m_window->move(std::min(m_window->x(), last.x()), std::min(m_window->y(), last.y()));
 }
 
 void QtScene::performSegue(std::string_view identifier)

@@ -140,6 +140,7 @@ protected:
 private:
     void fitContent();
     void appear();
+    void fitNotice();
     void disappear();
     LayerView& content() const;
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the suites ask of the desktop's services; the screen has a file of its own.
+#include "platform/linux/desktop/desktop_preferences.h"
 #include "platform/linux/desktop/desktop_workspace.h"
-#include "platform/linux/desktop/settings_portal.h"
 #include "platform/linux/desktop/x11_window_list.h"
 #include "tests/contract/notification_center_contract.h"
 #include "tests/contract/window_list_contract.h"
@@ -24,7 +24,7 @@ public:
     PortalFixture()
     {
         EXPECT_TRUE(runEventsUntil([this] { return m_desktop.reads() > 0; }));
-        m_portal.waitForFirstAnswer(std::chrono::seconds(10));
+        m_portal.waitForFirstReply(std::chrono::seconds(10));
     }
     DistributedNotificationCenter& center() override { return m_portal; }
     void changeAppearance() override
@@ -37,7 +37,7 @@ public:
 private:
     const TestGuiApplication m_toolkit;
     FakeSettingsPortal m_desktop{0};
-    SettingsPortal m_portal;
+    DesktopPreferences m_portal;
 };
 
 class X11WindowListFixture final : public WindowListFixture {
