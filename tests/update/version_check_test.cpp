@@ -140,6 +140,9 @@ TEST_F(VersionCheckDeathTest, AMissingVersionOrMalformedPageStopsTheProcess)
 {
     pageUrl = "https://zarn actions";
     EXPECT_DEATH(check(), "fatal: malformed update-check page address\n");
+    // The version is looked at first.
+    (*bundle.info)["CFBundleShortVersionString"] = "1.2";
+    EXPECT_DEATH(check(), "fatal: malformed application version 1.2\n");
     bundle.info.reset();
     EXPECT_DEATH(check(), "fatal: the information dictionary has no CFBundleShortVersionString\n");
 }
