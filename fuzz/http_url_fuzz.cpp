@@ -84,9 +84,9 @@ void checkRedirects(const HttpUrl& from, const std::string& location)
 {
     for (const int status : {301, 303, 308}) {
         const HttpHop hop{from, "POST", "secret"};
-        const auto careful = zarn::linux_backend::nextHop(hop, status, {location}, true);
+        const auto careful = zarn::linux_backend::nextHop(hop, status, {location}, true).next;
         expect(!careful || careful->url.sameOrigin(from), "credentials", location);
-        const auto next = zarn::linux_backend::nextHop(hop, status, {location}, false);
+        const auto next = zarn::linux_backend::nextHop(hop, status, {location}, false).next;
         if (!next)
             continue;
         check(next->url);
