@@ -178,6 +178,7 @@ TEST_F(CredentialFieldsTest, TheModeRefillKeepsWhatItFound)
 TEST_F(CredentialFieldsTest, LeavingTheServerFieldTakesTheAccountOfThatName)
 {
     storeSecret("ZPMA-b", "admin", "other");
+    field("zarnProServer_textfield").setEditable(true);
     window.outlets.fieldNamed("zarnProServer_textfield").type("https://b/");
     recordControls();
     window.leave("zarnProServer_textfield");
@@ -192,6 +193,7 @@ TEST_F(CredentialFieldsTest, LeavingTheServerFieldTakesTheAccountOfThatName)
 
 TEST_F(CredentialFieldsTest, LeavingTheServerFieldWithoutAnEntryChangesNothing)
 {
+    field("zarnProServer_textfield").setEditable(true);
     field("zarnProServer_textfield").type("https://nowhere");
     field("zarnProPassword_textfield").type("typed");
     recordControls();
