@@ -19,12 +19,11 @@ std::optional<HttpResponse> fetch(
     UrlSessionDelegate delegate;
     std::optional<HttpResponse> result;
     const int before = calls;
-    sessions.makeSession({}, delegate)
-        ->dataTask({*Url::fromText(url)}, [&](const UrlReply& reply) {
-            if (reply)
-                result = reply.value();
-            ++calls;
-        });
+    sessions.makeSession({}, delegate)->dataTask({*Url::fromText(url)}, [&](const UrlReply& reply) {
+        if (reply)
+            result = reply.value();
+        ++calls;
+    });
     EXPECT_EQ(calls, before) << "a completion ran within the call";
     EXPECT_TRUE(queue.runUntil([&] { return calls > before; }));
     return result;
