@@ -126,6 +126,7 @@ struct ExpectedLogin {
     void cancel()
     {
         isAdding = isServerEditable = false;
+        usesUsername = usesUsernameStored;
         if (lastServer.empty()) {
             isDisabled = true;
             return;
@@ -168,6 +169,7 @@ struct ExpectedLogin {
             sort(names);
             selected = displayName;
             isAdding = false;
+            usesUsernameStored = usesUsername;
         }
         currentServer = displayName;
         username = usernameField;

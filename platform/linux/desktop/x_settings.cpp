@@ -29,9 +29,10 @@ XSettings::XSettings(std::function<void()> changed)
     : m_changed(std::move(changed))
 {
     const auto* display = qGuiApp->nativeInterface<QNativeInterface::QX11Application>();
-    if (!display)
+    // Off the screen the toolkit has the interface, and no connection behind it.
+    m_connection = display ? display->connection() : nullptr;
+    if (!m_connection)
         return;
-    m_connection = display->connection();
     constexpr std::array<std::string_view, 3> names{
         "_XSETTINGS_S0", "_XSETTINGS_SETTINGS", "MANAGER"};
     std::array<xcb_intern_atom_cookie_t, names.size()> cookies;
