@@ -259,7 +259,7 @@ class Unlocking(KeyringWorld):
         keys("Escape")
         begin = time.monotonic()
         self.end_look_up()
-        self.assertLess(time.monotonic() - begin, 5 * SLOWNESS)
+        self.assertLess(time.monotonic() - begin, 4 * SLOWNESS)
         self.assertEqual(self.password_length(), 0)
         wait_for(lambda: self.status() == "", "the status line to be empty")
         # The next look-up waits for the same prompt.
@@ -284,20 +284,20 @@ class Unlocking(KeyringWorld):
         self.begin_look_up()
         activate(self.screen.x_window("Zarn Actions"))
         keys("alt+F4")
-        self.assert_ended(5, LOCKED)
+        self.assert_ended(4, LOCKED)
 
     def test_ctrl_q_during_a_look_up_ends_the_program(self):
         self.begin_look_up()
         activate(self.screen.x_window("Zarn Actions"))
         keys("ctrl+q")
-        self.assert_ended(5, LOCKED)
+        self.assert_ended(4, LOCKED)
 
     def test_a_signal_during_a_look_up_ends_the_program(self):
         for number in (signal.SIGTERM, signal.SIGINT):
             with self.subTest(number):
                 self.begin_look_up()
                 self.program.process.send_signal(number)
-                self.assert_ended(5, LOCKED)
+                self.assert_ended(4, LOCKED)
 
     def test_a_signal_ends_the_program_while_a_silent_service_is_asked(self):
         self.serve("plain")
