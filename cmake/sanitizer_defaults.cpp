@@ -12,7 +12,7 @@
 
 namespace {
 
-/// Qt's own threads are told to end, and take a moment longer than Qt waits for them. What they
+/// Qt's own threads are asked to end, and take a moment longer than Qt waits for them. What they
 /// still hold then would look like a leak. This goes last, before leaks are looked for.
 struct LastThreads {
     ~LastThreads()

@@ -13,7 +13,7 @@ using zarn::linux_backend::PlistDocument;
 
 namespace {
 
-/// Not a number equals nothing, and texts that are not UTF-8 or XML are mended when written.
+/// Not a number equals nothing, and texts that are not UTF-8 or XML are repaired when written.
 bool isComparable(const Value& value)
 {
     if (const auto* real = value.real())

@@ -3,8 +3,9 @@
 
 #include <cstdlib>
 
-// Included in front of a source that holds many mutants: the environment names the one that is active.
-// A binary operator becomes two with a tag between them, "a < Less{7} < b", which keeps its precedence.
+// Included in front of a source that holds many mutants: the environment names the one that is
+// active. A binary operator becomes two with a tag between them, "a < Less{7} < b", which keeps its
+// precedence.
 namespace zarn_mutation {
 
 inline bool isActive(int number)
@@ -27,7 +28,10 @@ inline bool isActive(int number)
         return {left, mutant.number};                                                              \
     }                                                                                              \
     template <typename Left, typename Right>                                                       \
-        requires requires(const Left& left, const Right& right) { left changed right; }            \
+    requires requires(const Left& left, const Right& right)                                        \
+    {                                                                                              \
+        left changed right;                                                                        \
+    }                                                                                              \
     auto operator original(const tag##Left<Left>& held, const Right& right)                        \
     {                                                                                              \
         return isActive(held.number) ? held.left changed right : held.left original right;         \
