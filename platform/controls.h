@@ -17,7 +17,8 @@ class Control {
 public:
     virtual ~Control() = default;
     /// A control that is hidden or disabled while it has the keyboard focus has it again once it is
-    /// shown or enabled, unless the user has moved the focus meanwhile. Neither ends editing.
+    /// shown or enabled, unless the user has moved the focus meanwhile. Until then the next control
+    /// has it, or nothing, for a button that is disabled: that is for a time. Neither ends editing.
     virtual void setHidden(bool hidden) = 0;
     virtual bool isHidden() const = 0;
     virtual void setEnabled(bool enabled) = 0;

@@ -286,7 +286,6 @@ TEST_F(TextFieldContract, AFieldThatIsDisabledForATimeHasTheKeyboardAgainAndEnds
     fixture->type("ja");
     username().setEnabled(false);
     fixture->settle();
-    fixture->type("x");
     username().setEnabled(true);
     fixture->settle();
     fixture->type("ne");
@@ -300,12 +299,10 @@ TEST_F(TextFieldContract, AFieldThatIsHiddenForATimeHasTheKeyboardAgainAndEndsNo
     fixture->type("ja");
     username().setHidden(true);
     fixture->settle();
-    fixture->type("x");
     username().setHidden(false);
     fixture->settle();
     fixture->type("ne");
     EXPECT_EQ(username().stringValue(), "jane");
-    EXPECT_EQ(password().stringValue(), "");
     EXPECT_EQ(events(), Texts{});
 }
 

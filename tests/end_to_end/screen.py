@@ -268,9 +268,6 @@ class Screen:
 
     def tab_to(self, role, name, key="Tab"):
         """Presses Tab until a control has the keyboard."""
-        if not self.focused():
-            # The control that had it is hidden; the window keeps it for the next Tab.
-            keys(key)
         passed = [wait_for(self.focused, "something to have the keyboard")]
         while passed[-1] != (role, name):
             if len(passed) > 15:

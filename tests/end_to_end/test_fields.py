@@ -146,6 +146,24 @@ class Fields(WorldTest):
         self.wait_for_focus("push button", "Set")
         self.assertEqual(self.program.errors(), "")
 
+    def test_what_is_hidden_hands_the_keyboard_on_and_ends_no_editing(self):
+        screen = self.start()
+        screen.fill("Server URL:", self.server.url)
+        screen.fill("Client ID:", DemoServer.CLIENT)
+        screen.fill("Client Secret:", DemoServer.SECRET, role="password text")
+        self.wait_for_focus("text", "Display Name:")
+        type_text("Hidden soon")
+        screen.click("push button", "Add")
+        self.answer(["Hidden soon was successfully set"])
+        self.wait_for_focus("text", "Server URL:")
+        self.assertEqual(self.program.output().count(END_OF_EDITING), 0)
+        screen.choose("Add Server...")
+        self.wait_for_focus("text", "Display Name:")
+        before = self.program.output().count(END_OF_EDITING)
+        screen.click("push button", "Cancel")
+        wait_for(lambda: screen.focused() not in (None, ("text", "Display Name:")), "another control to have the keyboard")
+        self.assertEqual(self.program.output().count(END_OF_EDITING), before)
+
     def test_return_presses_what_has_the_keyboard_and_in_a_field_nothing(self):
         screen = self.start()
         for box in ("Use username and password", "Save credentials"):

@@ -142,7 +142,7 @@ bool QtTextField::eventFilter(QObject* watched, QEvent* event)
     if (event->type() == QEvent::Show && m_takesFocusWhenShown) {
         m_takesFocusWhenShown = false;
         // Whatever the toolkit gave the focus to meanwhile was not edited.
-        widget().setFocus(Qt::NoFocusReason);
+        widget().setFocus(focusMovedByCode);
     } else if (event->type() == QEvent::FocusOut) {
         const auto reason = static_cast<QFocusEvent*>(event)->reason();
         // The list of a pop-up button takes the focus without saying that it is a popup.

@@ -2,6 +2,7 @@
 #pragma once
 
 #include "platform/controls.h"
+#include "platform/linux/ui/kept_focus.h"
 #include "platform/linux/ui/qt_status_label.h"
 #include "platform/linux/ui/qt_widgets.h"
 
@@ -13,6 +14,7 @@
 #include <QProgressBar>
 
 #include <functional>
+#include <type_traits>
 #include <utility>
 
 /// The controls of a loaded form: each adapts one widget. The scene that owns the window owns the
@@ -31,17 +33,20 @@ public:
     void setHidden(bool hidden) override
     {
         if (hidden)
-            parkFocus();
+            m_focus.handOn();
         widget().setHidden(hidden);
-        regainFocus();
+        m_focus.restore();
     }
     bool isHidden() const override { return widget().isHidden(); }
     void setEnabled(bool enabled) override
     {
-        if (!enabled)
-            parkFocus();
+        // A button is disabled while a request runs, a field for good.
+        if (!enabled && std::is_same_v<Base, Button>)
+            m_focus.park();
+        else if (!enabled)
+            m_focus.handOn();
         widget().setEnabled(enabled);
-        regainFocus();
+        m_focus.restore();
     }
     bool isEnabled() const override { return widget().isEnabled(); }
     std::string identifier() const override
@@ -53,27 +58,8 @@ protected:
     Widget& widget() const { return *m_widget; }
 
 private:
-    // The toolkit would give the focus to the next control, and leaving that one could end editing.
-    void parkFocus()
-    {
-        auto& window = *widget().window();
-        if (window.focusWidget() != &widget())
-            return;
-        m_hadFocus = true;
-        window.setFocus(Qt::NoFocusReason);
-    }
-    void regainFocus()
-    {
-        if (!m_hadFocus || widget().isHidden() || !widget().isEnabled())
-            return;
-        m_hadFocus = false;
-        auto& window = *widget().window();
-        if (window.focusWidget() == &window)
-            widget().setFocus(Qt::NoFocusReason);
-    }
-
     Widget* m_widget;
-    bool m_hadFocus = false;
+    KeptFocus m_focus{*m_widget};
 };
 
 class QtLabel final : public QtControlOf<Label, QLabel> {

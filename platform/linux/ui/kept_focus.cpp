@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+#include "platform/linux/ui/kept_focus.h"
+
+#include <QVariant>
+#include <QWidget>
+
+#include <utility>
+
+namespace zarn::linux_backend {
+
+namespace {
+/// A property of the window: the control that gave up the focus last.
+constexpr const char* owner = "focusGivenUpBy";
+
+QWidget* nextByTab(const QWidget& widget)
+{
+    const auto* window = widget.window();
+    for (auto* next = widget.nextInFocusChain(); next != &widget; next = next->nextInFocusChain()) {
+        const bool isByTab = (next->focusPolicy() & Qt::TabFocus) == Qt::TabFocus;
+        if (next != window && isByTab && next->isEnabled() && next->isVisibleTo(window))
+            return next;
+    }
+    return nullptr;
+}
+} // namespace
+
+void KeptFocus::park()
+{
+    auto& window = *m_widget.window();
+    if (window.focusWidget() != &m_widget)
+        return;
+    window.setProperty(owner, QVariant::fromValue(&m_widget));
+    window.setFocus(focusMovedByCode);
+}
+
+void KeptFocus::handOn()
+{
+    park();
+    if (isOwner())
+        QMetaObject::invokeMethod(
+            &m_widget, [this] { giveToNext(); }, Qt::QueuedConnection);
+}
+
+void KeptFocus::giveToNext()
+{
+    if (!isOwner() || !isParked())
+        return;
+    auto* next = nextByTab(m_widget);
+    m_heir = next;
+    if (next)
+        next->setFocus(focusMovedByCode);
+}
+
+void KeptFocus::restore()
+{
+    if (!isOwner() || m_widget.isHidden() || !m_widget.isEnabled())
+        return;
+    const auto* heir = std::exchange(m_heir, nullptr);
+    if (isParked() || (heir && heir == m_widget.window()->focusWidget()))
+        m_widget.setFocus(focusMovedByCode);
+    m_widget.window()->setProperty(owner, {});
+}
+
+bool KeptFocus::isOwner() const
+{
+    return m_widget.window()->property(owner).value<QWidget*>() == &m_widget;
+}
+
+bool KeptFocus::isParked() const
+{
+    return m_widget.window()->focusWidget() == m_widget.window();
+}
+
+} // namespace zarn::linux_backend
