@@ -1,17 +1,17 @@
 // SPDX-License-Identifier: MIT
-// The process entry: the one place that names a backend.
+// The process entry, of whatever backend the build has chosen.
 #include "app/launch_options.h"
 #include "app/zarn_actions_app.h"
 #include "base/warn.h"
-#include "platform/linux/linux_platform.h"
+#include "platform/backend.h"
 
 #include <cstdio>
 #include <cstdlib>
 
 namespace {
 
+using zarn::Backend;
 using zarn::LaunchOptions;
-using zarn::linux_backend::LinuxPlatform;
 
 /// The exit code of something that printed: a failure when the text did not get out.
 int afterPrinting(int result)
@@ -28,29 +28,29 @@ int printed(std::string_view text)
     return afterPrinting(EXIT_SUCCESS);
 }
 
-int runWindow(const LinuxPlatform::Options& options)
+int runWindow(const Backend::Options& options)
 {
-    const auto start = LinuxPlatform::start(options);
-    if (!start.platform) {
+    const auto start = Backend::start(options);
+    if (!start.backend) {
         if (start.exitCode == EXIT_SUCCESS)
             return printed(start.reason + "\n");
         zarn::warn(start.reason);
         return start.exitCode;
     }
-    zarn::ZarnActionsApp app(start.platform->services(), start.platform->productTexts());
+    zarn::ZarnActionsApp app(start.backend->services(), start.backend->productTexts());
     const auto finish = [&] {
-        start.platform->announceEnding();
+        start.backend->announceEnding();
         if (!app.finishKeychainWrites()) {
             zarn::warn("the keychain did not take what was saved last");
             std::_Exit(EXIT_FAILURE);
         }
     };
-    start.platform->setDisplayLost([&finish] {
+    start.backend->setDisplayLost([&finish] {
         finish();
         std::_Exit(EXIT_SUCCESS);
     });
     const int result = app.run();
-    start.platform->setDisplayLost(nullptr);
+    start.backend->setDisplayLost(nullptr);
     finish();
     return result;
 }
@@ -59,25 +59,25 @@ int runWindow(const LinuxPlatform::Options& options)
 
 int main(int argc, char** argv)
 {
-    LinuxPlatform::prepareProcess();
+    Backend::prepareProcess();
     constexpr int usageError = 2;
     const auto parsed = zarn::parseLaunchOptions(
-        {argv + (argc > 0 ? 1 : 0), argv + argc}, LinuxPlatform::keychainKinds());
+        {argv + (argc > 0 ? 1 : 0), argv + argc}, Backend::keychainKinds());
     if (!parsed) {
         zarn::warn(parsed.error().message);
         return usageError;
     }
     const auto& options = parsed.value();
-    const LinuxPlatform::Options platformOptions{options.keychain, options.settings};
+    const Backend::Options backendOptions{options.keychain, options.settings};
     switch (options.task) {
     case LaunchOptions::Task::Help:
-        return printed(zarn::launchHelp(LinuxPlatform::keychainKinds()));
+        return printed(zarn::launchHelp(Backend::keychainKinds()));
     case LaunchOptions::Task::Version:
-        return printed(LinuxPlatform::versionLine());
+        return printed(Backend::versionLine());
     case LaunchOptions::Task::Diagnose:
-        return afterPrinting(LinuxPlatform::diagnose(platformOptions));
+        return afterPrinting(Backend::diagnose(backendOptions));
     case LaunchOptions::Task::Run:
         break;
     }
-    return runWindow(platformOptions);
+    return runWindow(backendOptions);
 }

@@ -5,7 +5,7 @@
 // Each figure is that of a fresh process. Needs a display and a folder for what they store.
 #include "app/zarn_actions_app.h"
 #include "bench/interleaved.h"
-#include "platform/linux/linux_platform.h"
+#include "platform/backend.h"
 #include "tests/support/demo_certificates.h"
 #include "tests/support/demo_server.h"
 #include "tests/support/demo_zarn_pro.h"
@@ -97,13 +97,12 @@ private:
 
 int addInWindow()
 {
-    using zarn::linux_backend::LinuxPlatform;
-    LinuxPlatform::prepareProcess();
-    const auto start = LinuxPlatform::start({"file", {"-agreedToTermsOfUse", "1"}});
-    if (!start.platform)
+    zarn::Backend::prepareProcess();
+    const auto start = zarn::Backend::start({"file", {"-agreedToTermsOfUse", "1"}});
+    if (!start.backend)
         stop("no window: " + start.reason);
     const Hand hand(qApp);
-    zarn::ZarnActionsApp app(start.platform->services(), start.platform->productTexts());
+    zarn::ZarnActionsApp app(start.backend->services(), start.backend->productTexts());
     app.run();
     return 1;
 }

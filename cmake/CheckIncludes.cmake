@@ -2,8 +2,8 @@
 # cmake -D ROOT=<folder> -P CheckIncludes.cmake
 # The dependency rule: the core includes the standard library, base/*.h, platform/*.h and what its arrows
 # allow, and knows no platform. The compiler alone would not notice: some third-party headers are
-# reachable without being asked for. The folders of the Linux backend include any library, but of ours
-# only what their arrows allow.
+# reachable without being asked for. A backend includes any library, but of ours only what its arrows
+# allow.
 cmake_minimum_required(VERSION 3.25)
 
 set(core app profiles api update log base platform platform/memory)
@@ -16,20 +16,28 @@ set(arrows_base base)
 set(arrows_platform base platform)
 set(arrows_platform/memory platform/memory base platform)
 
-# The folders inside the Linux backend. Its root is the composition, which names them all.
-set(linux platform/linux)
-set(linux_folders files queues settings keychain http ui desktop text tools)
-list(TRANSFORM linux_folders PREPEND "${linux}/")
-set(arrows_${linux} base platform ${linux} ${linux_folders})
-foreach(folder IN LISTS linux_folders)
-    set(arrows_${folder} base platform ${folder})
+# Every other folder of platform/ is a backend. Its root is the composition, which names the folders
+# inside it; their arrows are in its arrows.cmake.
+file(GLOB backends RELATIVE "${ROOT}" "${ROOT}/platform/*")
+list(REMOVE_ITEM backends ${core})
+set(backend_folders)
+foreach(backend IN LISTS backends)
+    if(NOT IS_DIRECTORY "${ROOT}/${backend}")
+        continue()
+    endif()
+    set(arrows)
+    include("${ROOT}/${backend}/arrows.cmake" OPTIONAL)
+    list(APPEND backend_folders ${backend})
+    set(arrows_${backend} base platform ${backend})
+    foreach(line IN LISTS arrows)
+        string(REGEX MATCHALL "[^: ]+" inside "${line}")
+        list(TRANSFORM inside PREPEND "${backend}/")
+        list(GET inside 0 folder)
+        list(APPEND backend_folders ${folder})
+        set(arrows_${folder} base platform ${inside})
+        list(APPEND arrows_${backend} ${folder})
+    endforeach()
 endforeach()
-list(APPEND arrows_${linux}/settings ${linux}/files)
-list(APPEND arrows_${linux}/keychain ${linux}/files ${linux}/queues)
-list(APPEND arrows_${linux}/http ${linux}/files ${linux}/queues)
-list(APPEND arrows_${linux}/ui ${linux}/queues)
-list(APPEND arrows_${linux}/desktop ${linux}/files ${linux}/settings)
-list(APPEND arrows_${linux}/tools ${linux}/files ${linux}/settings ${linux}/keychain)
 
 # Named one by one: a name of small letters alone may be anybody's. C and POSIX headers end in ".h".
 set(standard_headers
@@ -42,8 +50,6 @@ set(standard_headers
     semaphore set shared_mutex source_location span sstream stack stdexcept stop_token streambuf
     string string_view strstream syncstream system_error thread tuple type_traits typeindex typeinfo
     unordered_map unordered_set utility valarray variant vector version)
-# The process entry is the one place that names a backend and reads what the build generated.
-set(process_entry "^app/main\\.cpp$")
 # The one source that includes a library: it compiles slowly, and base/json.h is all that anybody needs.
 set(json_source "^base/json\\.cpp$")
 set(json_library "nlohmann/")
@@ -60,8 +66,7 @@ macro(check_quoted folder file line header)
     string(REGEX REPLACE "/[^/]*$" "" target "${header}")
     if("${header}" MATCHES "(^|/)\\.\\.?/" OR NOT "${header}" MATCHES "^[^/].*/[^/]+\\.h$")
         violation("${file}" "${line}" "include paths begin at the root and end in .h")
-    elseif("${file}" MATCHES "${process_entry}" AND "${header}" MATCHES "^(platform/linux|zarn)/[^/]+\\.h$")
-    elseif("${folder}" MATCHES "^platform/linux" AND "${header}" MATCHES "^zarn/[^/]+\\.h$")
+    elseif("${folder}" IN_LIST backend_folders AND "${header}" MATCHES "^zarn/[^/]+\\.h$")
     elseif(NOT "${target}" IN_LIST arrows_${folder})
         violation("${file}" "${line}" "this is no arrow of ${folder}/")
     endif()
@@ -105,7 +110,7 @@ foreach(folder IN LISTS core)
     endforeach()
 endforeach()
 
-foreach(folder IN LISTS linux linux_folders)
+foreach(folder IN LISTS backend_folders)
     file(GLOB files RELATIVE "${ROOT}" "${ROOT}/${folder}/*.h" "${ROOT}/${folder}/*.cpp")
     foreach(file IN LISTS files)
         file(STRINGS "${ROOT}/${file}" lines REGEX "^[ \t]*(#|%:)[ \t]*include[ \t]*\"[^\"]*/")
@@ -117,10 +122,10 @@ foreach(folder IN LISTS linux linux_folders)
 endforeach()
 
 # A file in a folder that the rule does not know would escape it.
-file(GLOB files RELATIVE "${ROOT}" "${ROOT}/${linux}/*/*.h" "${ROOT}/${linux}/*/*.cpp")
+file(GLOB files RELATIVE "${ROOT}" "${ROOT}/platform/*/*/*.h" "${ROOT}/platform/*/*/*.cpp")
 foreach(file IN LISTS files)
     string(REGEX REPLACE "/[^/]*$" "" folder "${file}")
-    if(NOT folder IN_LIST linux_folders)
+    if(NOT folder IN_LIST backend_folders AND NOT folder MATCHES "^platform/memory/")
         violation("${file}" "" "the rule has no arrows for this folder")
     endif()
 endforeach()

@@ -1,5 +1,6 @@
 # One interface target carries every compiler option; each of our targets links it privately.
 include_guard(GLOBAL)
+include(CheckLinkerFlag)
 
 option(ZARN_WERROR "Treat warnings as errors (set by CI; a packager's newer compiler must not break)" OFF)
 set(ZARN_SANITIZE "" CACHE STRING "Sanitizers: empty, 'address;undefined' or 'thread'")
@@ -13,7 +14,11 @@ target_compile_options(zarn_options INTERFACE
 if(CMAKE_BUILD_TYPE MATCHES "Rel" AND NOT ZARN_SANITIZE)
     target_compile_definitions(zarn_options INTERFACE _FORTIFY_SOURCE=2)
 endif()
-target_link_options(zarn_options INTERFACE -Wl,-z,relro,-z,now)
+# Tables that the loader has filled in are read-only from then on, where the linker knows how.
+check_linker_flag(CXX -Wl,-z,relro,-z,now zarn_linker_has_relro)
+if(zarn_linker_has_relro)
+    target_link_options(zarn_options INTERFACE -Wl,-z,relro,-z,now)
+endif()
 if(ZARN_WERROR)
     target_compile_options(zarn_options INTERFACE -Werror)
 endif()

@@ -11,11 +11,12 @@
 #include <string>
 #include <vector>
 
-namespace zarn::linux_backend {
+namespace zarn {
 
-/// Every adapter of the Linux desktop, built in order and lent out as services. One per process.
-/// Main thread only.
-class LinuxPlatform {
+/// What the process entry needs of a backend: every adapter, built in order and lent out as
+/// services. Each backend defines the members, and the program links the one that the build chose.
+/// One per process. Main thread only.
+class Backend {
 public:
     struct Options {
         /// The name of one of keychainKinds(), or empty when nothing is forced.
@@ -25,9 +26,9 @@ public:
     };
     struct Start {
         /// Absent when the program has to end at once with `exitCode`.
-        std::unique_ptr<LinuxPlatform> platform;
+        std::unique_ptr<Backend> backend;
         int exitCode = 0;
-        /// Why it ends, for the user; empty when there is a platform.
+        /// Why it ends, for the user; empty when there is a backend.
         std::string reason;
     };
 
@@ -43,9 +44,9 @@ public:
     /// Claims the place of the only running copy, then opens the display. Another copy is raised
     /// instead, and nothing is started.
     static Start start(const Options& options);
-    ~LinuxPlatform();
-    LinuxPlatform(const LinuxPlatform&) = delete;
-    LinuxPlatform& operator=(const LinuxPlatform&) = delete;
+    ~Backend();
+    Backend(const Backend&) = delete;
+    Backend& operator=(const Backend&) = delete;
 
     Services services();
     const ProductTexts& productTexts() const;
@@ -57,9 +58,9 @@ public:
 
 private:
     struct Adapters;
-    explicit LinuxPlatform(std::unique_ptr<Adapters> adapters);
+    explicit Backend(std::unique_ptr<Adapters> adapters);
 
     std::unique_ptr<Adapters> m_adapters;
 };
 
-} // namespace zarn::linux_backend
+} // namespace zarn

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/linux_platform.h"
+#include "platform/backend.h"
 
 #include "base/warn.h"
 #include "platform/linux/desktop/desktop_preferences.h"
@@ -31,7 +31,9 @@
 
 #include <unistd.h>
 
-namespace zarn::linux_backend {
+namespace zarn {
+
+using namespace linux_backend;
 
 namespace {
 
@@ -94,7 +96,7 @@ private:
 
 } // namespace
 
-struct LinuxPlatform::Adapters {
+struct Backend::Adapters {
     explicit Adapters(Options options)
         : m_options(std::move(options))
     {
@@ -125,7 +127,7 @@ struct LinuxPlatform::Adapters {
     std::unique_ptr<WithDisplay> display;
 };
 
-struct LinuxPlatform::Adapters::WithDisplay {
+struct Backend::Adapters::WithDisplay {
     explicit WithDisplay(Adapters& adapters);
     ~WithDisplay();
     WithDisplay(const WithDisplay&) = delete;
@@ -141,7 +143,7 @@ struct LinuxPlatform::Adapters::WithDisplay {
     std::thread preloading;
 };
 
-LinuxPlatform::Adapters::WithDisplay::WithDisplay(Adapters& adapters)
+Backend::Adapters::WithDisplay::WithDisplay(Adapters& adapters)
     : application(adapters.arguments.count(), adapters.arguments.values(),
         [&adapters](const std::string& address) { adapters.openLink(address); })
     , settings(adapters.paths.config, launchArgumentsOf(adapters.m_options.launchArguments),
@@ -153,25 +155,25 @@ LinuxPlatform::Adapters::WithDisplay::WithDisplay(Adapters& adapters)
 {
 }
 
-LinuxPlatform::Adapters::WithDisplay::~WithDisplay()
+Backend::Adapters::WithDisplay::~WithDisplay()
 {
     if (preloading.joinable())
         preloading.join();
 }
 
 // Before the user gets as far as asking a server, and not while the window is only open.
-void LinuxPlatform::Adapters::loadHttp() const
+void Backend::Adapters::loadHttp() const
 {
     display->preloading = std::thread([&sessions = display->urlSessions] { sessions.preload(); });
 }
 
-void LinuxPlatform::Adapters::openLink(const std::string& address)
+void Backend::Adapters::openLink(const std::string& address)
 {
     if (const auto url = Url::fromText(address))
         workspace.openUrl(*url);
 }
 
-std::vector<std::string> LinuxPlatform::Adapters::ownTitles() const
+std::vector<std::string> Backend::Adapters::ownTitles() const
 {
     std::vector<std::string> titles;
     for (auto* window : display->application.windows())
@@ -179,7 +181,7 @@ std::vector<std::string> LinuxPlatform::Adapters::ownTitles() const
     return titles;
 }
 
-void LinuxPlatform::Adapters::followDesktop() const
+void Backend::Adapters::followDesktop() const
 {
     const auto& chosen = display->preferences.look();
     QtLook look;
@@ -193,28 +195,28 @@ void LinuxPlatform::Adapters::followDesktop() const
     applyLook(look);
 }
 
-KeychainOptions LinuxPlatform::Adapters::keychainOptions() const
+KeychainOptions Backend::Adapters::keychainOptions() const
 {
     return linux_backend::keychainOptions(
         keychainChoice(m_options.keychain).value_or(KeychainChoice::Automatic));
 }
 
-void LinuxPlatform::prepareProcess()
+void Backend::prepareProcess()
 {
     hardenProcess();
 }
 
-std::span<const KeychainKind> LinuxPlatform::keychainKinds()
+std::span<const KeychainKind> Backend::keychainKinds()
 {
     return linux_backend::keychainKinds;
 }
 
-std::string LinuxPlatform::versionLine()
+std::string Backend::versionLine()
 {
     return programVersion() + "\n";
 }
 
-int LinuxPlatform::diagnose(const Options& options)
+int Backend::diagnose(const Options& options)
 {
     // The probe decrypts what the keychain file holds.
     forbidTracing();
@@ -224,7 +226,7 @@ int LinuxPlatform::diagnose(const Options& options)
         : EXIT_FAILURE;
 }
 
-LinuxPlatform::Start LinuxPlatform::start(const Options& options)
+Backend::Start Backend::start(const Options& options)
 {
     auto adapters = std::make_unique<Adapters>(options);
     const auto& paths = adapters->paths;
@@ -258,17 +260,17 @@ LinuxPlatform::Start LinuxPlatform::start(const Options& options)
     display.preferences.setBeforeObservers([&adapters = *adapters] { adapters.followDesktop(); });
     display.application.setAfterFirstPaint([&display] { display.keychain.preload(); });
     display.application.setAtFirstInput([&adapters = *adapters] { adapters.loadHttp(); });
-    return {std::unique_ptr<LinuxPlatform>(new LinuxPlatform(std::move(adapters))), 0, ""};
+    return {std::unique_ptr<Backend>(new Backend(std::move(adapters))), 0, ""};
 }
 
-LinuxPlatform::LinuxPlatform(std::unique_ptr<Adapters> adapters)
+Backend::Backend(std::unique_ptr<Adapters> adapters)
     : m_adapters(std::move(adapters))
 {
 }
 
-LinuxPlatform::~LinuxPlatform() = default;
+Backend::~Backend() = default;
 
-Services LinuxPlatform::services()
+Services Backend::services()
 {
     auto& all = *m_adapters;
     auto& display = *all.display;
@@ -290,20 +292,20 @@ Services LinuxPlatform::services()
         .workspace = all.workspace};
 }
 
-const ProductTexts& LinuxPlatform::productTexts() const
+const ProductTexts& Backend::productTexts() const
 {
     return m_adapters->texts;
 }
 
-void LinuxPlatform::setDisplayLost(std::function<void()> work)
+void Backend::setDisplayLost(std::function<void()> work)
 {
     displayLost() = std::move(work);
 }
 
-void LinuxPlatform::announceEnding()
+void Backend::announceEnding()
 {
     m_adapters->instance.announceEnding();
     m_adapters->display->keychain.announceEnding();
 }
 
-} // namespace zarn::linux_backend
+} // namespace zarn
