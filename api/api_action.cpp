@@ -47,9 +47,7 @@ void TokenDelegate::action(const ApiCall& call, ApiCompletion completion)
         return;
     }
     m_deps.sessions.removeAllCachedResponses();
-    auto urlText = call.serverUrl + "/api/";
-    urlText += apiPathPrefix(call.endpoint);
-    urlText = collapseApiSlashes(urlText + call.endpoint);
+    auto urlText = apiUrlText(call.serverUrl, call.endpoint);
     if (!call.id.empty() && call.id != "0")
         urlText += "/" + call.id;
     const auto url = Url::fromText(urlText);

@@ -28,4 +28,11 @@ std::string_view apiPathPrefix(std::string_view endpoint)
     return isFirst ? "v1/" : "v2/";
 }
 
+std::string apiUrlText(std::string_view serverUrl, std::string_view endpoint)
+{
+    std::string text(serverUrl);
+    text.append("/api/").append(apiPathPrefix(endpoint)).append(endpoint);
+    return collapseApiSlashes(text);
+}
+
 } // namespace zarn

@@ -10,6 +10,9 @@ namespace zarn {
 /// with "api" loses a slash of its scheme as well; nobody may count on anything else.
 std::string collapseApiSlashes(std::string_view text);
 
+/// The address of an endpoint below the API root, which `endpoint` names without a leading "/".
+std::string apiUrlText(std::string_view serverUrl, std::string_view endpoint);
+
 /// The API version that serves an endpoint: "v1/" or "v2/".
 std::string_view apiPathPrefix(std::string_view endpoint);
 

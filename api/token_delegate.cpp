@@ -80,8 +80,8 @@ UrlSessionConfiguration TokenDelegate::tokenConfiguration(
     return configuration;
 }
 
-void TokenDelegate::getToken(
-    const std::string& serverUrl, const std::string& credentials, ValidationCompletion completion)
+void TokenDelegate::requestToken(const std::string& serverUrl, const std::string& credentials,
+    VersionProbe probe, ValidationCompletion completion)
 {
     const bool forceBasic = m_deps.standardDefaults.integer("forceBasicAuth") == 1;
     m_deps.log.writeEntry("[TokenDelegate.getToken] Force basic authentication on " + serverUrl
@@ -111,7 +111,7 @@ void TokenDelegate::getToken(
     m_deps.status.showProgress(Wait::Server, "Asking " + peerName(serverUrl) + " for a token");
     session->dataTask(request,
         [self = shared_from_this(), session,
-            asked = TokenRequest{apiClient,
+            asked = TokenRequest{apiClient, probe,
                 {forceBasic, serverUrl, credentials, std::move(completion), 0}}](
             const UrlReply& reply) {
             session->finishTasksAndInvalidate();
@@ -165,6 +165,10 @@ void TokenDelegate::adoptToken(const TokenRequest& request, const Value::Diction
     connection.base64Creds = context.credentials;
     connection.tokenCreated = m_deps.clock.now();
     m_deps.log.writeEntry("[TokenDelegate.getToken] new token created for " + context.serverUrl);
+    if (request.probe == VersionProbe::Never) {
+        context.completion(200, "success");
+        return;
+    }
     if (connection.serverVersion.empty()) {
         probeVersion(context);
         return;

@@ -65,7 +65,16 @@ public:
     /// server version that is empty or has fewer than three parts ends without a call. What goes
     /// on, and the cause of every failure, is shown as the status.
     void getToken(const std::string& serverUrl, const std::string& credentials,
-        ValidationCompletion completion);
+        ValidationCompletion completion)
+    {
+        requestToken(serverUrl, credentials, VersionProbe::WhenUnknown, std::move(completion));
+    }
+    /// The same without asking for the version: the token stays a bearer token whatever the server.
+    void getTokenAlone(const std::string& serverUrl, const std::string& credentials,
+        ValidationCompletion completion)
+    {
+        requestToken(serverUrl, credentials, VersionProbe::Never, std::move(completion));
+    }
 
     /// Sends one call and hands back the server's object, or one that tells what went wrong.
     /// A URL that cannot be formed stops the process.
@@ -85,10 +94,14 @@ public:
     void getVersion(const Value::Dictionary& result, const VersionContext& context);
 
 private:
+    enum class VersionProbe { WhenUnknown, Never };
     struct TokenRequest {
         bool apiClient = false;
+        VersionProbe probe = VersionProbe::WhenUnknown;
         VersionContext context;
     };
+    void requestToken(const std::string& serverUrl, const std::string& credentials,
+        VersionProbe probe, ValidationCompletion completion);
     UrlSessionConfiguration tokenConfiguration(
         bool apiClient, const std::string& credentials) const;
     void handleTokenReply(const TokenRequest& request, const UrlReply& reply);

@@ -2,6 +2,7 @@
 #include "app/tou_vc.h"
 
 #include "app/appearance.h"
+#include "app/notice_text.h"
 #include "platform/application.h"
 #include "platform/notification_center.h"
 #include "platform/settings.h"
@@ -52,7 +53,7 @@ bool ToUVC::performAction(std::string_view action, Button* button)
 void ToUVC::exitOrAccept(const Button& sender)
 {
     const bool accepted = sender.title() != "Exit";
-    m_deps.standardDefaults.set("agreedToTermsOfUse", accepted);
+    m_deps.standardDefaults.set(agreedToTermsKey, accepted);
     if (accepted)
         view().dismissViewController();
     else

@@ -12,8 +12,6 @@
 #include "profiles/credentials.h"
 #include "profiles/login_vc.h"
 
-#include <chrono>
-
 namespace zarn {
 
 ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& texts)
@@ -63,20 +61,8 @@ int ZarnActionsApp::run()
 
 bool ZarnActionsApp::finishKeychainWrites()
 {
-    constexpr std::chrono::milliseconds step{50};
-    constexpr std::chrono::milliseconds silenceLimit = std::chrono::seconds(10);
-    // The keychain itself waits no longer for its user.
-    constexpr std::chrono::milliseconds limit = std::chrono::minutes(6);
-    std::chrono::milliseconds silence{0};
-    std::chrono::milliseconds waited{0};
-    while (m_keychainQueue && !m_keychainQueue->drain(step)) {
-        waited += step;
-        if (!m_services.keychain.isWaitingForUser())
-            silence += step;
-        if (silence >= silenceLimit || waited >= limit)
-            return false;
-    }
-    return true;
+    return !m_keychainQueue
+        || zarn::finishKeychainWrites(*m_keychainQueue, m_services.keychain, [] {});
 }
 
 std::unique_ptr<ViewController> ZarnActionsApp::makeViewController(std::string_view customClass)

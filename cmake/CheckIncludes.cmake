@@ -6,8 +6,9 @@
 # allow.
 cmake_minimum_required(VERSION 3.25)
 
-set(core app profiles api update log base platform platform/memory)
+set(core app terminal profiles api update log base platform platform/memory)
 set(arrows_app app profiles api update log base platform)
+set(arrows_terminal terminal app profiles api log base platform)
 set(arrows_profiles profiles api log base platform)
 set(arrows_api api log base platform)
 set(arrows_update update base platform)
@@ -53,6 +54,9 @@ set(standard_headers
 # The one source that includes a library: it compiles slowly, and base/json.h is all that anybody needs.
 set(json_source "^base/json\\.cpp$")
 set(json_library "nlohmann/")
+# The same for the options of a command line.
+set(options_source "^terminal/command_line\\.cpp$")
+set(options_library "^CLI/")
 set(platform_macros
     "__linux__|__linux|__gnu_linux__|__unix__|__unix|__APPLE__|__MACH__|_WIN32|_WIN64|__FreeBSD__|__ANDROID__|Q_OS_[A-Z]+|TARGET_OS_[A-Z]+")
 
@@ -78,6 +82,7 @@ macro(check_directive folder file line)
     elseif("${line}" MATCHES "^[ \t]*(#|%:)[ \t]*(include|include_next|import)[ \t]*<([^>]*)>")
         set(header "${CMAKE_MATCH_3}")
         if("${file}" MATCHES "${json_source}" AND "${header}" MATCHES "^${json_library}")
+        elseif("${file}" MATCHES "${options_source}" AND "${header}" MATCHES "${options_library}")
         elseif(NOT "${header}" IN_LIST standard_headers)
             violation("${file}" "${line}" "this is not a header of the standard library")
         endif()

@@ -6,6 +6,8 @@
 #include "log/write_to_log.h"
 #include "platform/serial_queue.h"
 
+#include <chrono>
+
 namespace zarn {
 
 namespace {
@@ -126,6 +128,26 @@ AccountMap Credentials::retrieve(const std::string& service)
 {
     m_keychainItemName = itemNameFor(service);
     return lookupItem(m_keychainItemName);
+}
+
+bool finishKeychainWrites(
+    SerialQueue& queue, const Keychain& keychain, const std::function<void()>& meanwhile)
+{
+    constexpr std::chrono::milliseconds step{50};
+    constexpr std::chrono::milliseconds silenceLimit = std::chrono::seconds(10);
+    // The keychain itself waits no longer for its user.
+    constexpr std::chrono::milliseconds limit = std::chrono::minutes(6);
+    std::chrono::milliseconds silence{0};
+    std::chrono::milliseconds waited{0};
+    while (!queue.drain(step)) {
+        meanwhile();
+        waited += step;
+        if (!keychain.isWaitingForUser())
+            silence += step;
+        if (silence >= silenceLimit || waited >= limit)
+            return false;
+    }
+    return true;
 }
 
 AccountMap Credentials::lookupItem(const std::string& itemName)

@@ -74,4 +74,10 @@ private:
 /// Makes one Credentials for each use.
 using CredentialsFactory = std::function<std::shared_ptr<Credentials>()>;
 
+/// Waits, at the end of the program, for the keychain writes that were accepted: 10 s at most, and
+/// longer only while the user has to unlock the keychain. `meanwhile` is called every 50 ms. False
+/// when time ran out; a write still runs then. Main thread.
+[[nodiscard]] bool finishKeychainWrites(
+    SerialQueue& queue, const Keychain& keychain, const std::function<void()>& meanwhile);
+
 } // namespace zarn

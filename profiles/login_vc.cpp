@@ -105,15 +105,10 @@ void LoginVC::listProfiles()
     // No profile has to be made of a remembered server: with an empty map none is remembered. The
     // current name is a key of the map, the newest URL comes from it, and trimming never empties
     // it.
-    for (auto it = profiles.begin(); it != profiles.end();) {
-        const auto& record = *it->second.dictionary();
-        if (it->first.empty() || stringMember(record, "server").value_or("").starts_with('/')) {
-            it = profiles.erase(it);
-            continue;
-        }
-        m_model.sortedDisplayNames.push_back(it->first);
-        found = showIfLast(it->first, record) || found;
-        ++it;
+    ProfileStore::dropUnlisted(profiles);
+    for (const auto& [name, record] : profiles) {
+        m_model.sortedDisplayNames.push_back(name);
+        found = showIfLast(name, *record.dictionary()) || found;
     }
     if (found)
         m_outlets.selectServer_Button->selectItem(m_model.lastServerDN);

@@ -60,6 +60,8 @@ public:
     }
 
     const LoginModel& model() const { return m_model; }
+    /// How the last proof of credentials ended; nothing until one has ended.
+    const std::optional<UpdateOutcome>& updateOutcome() const { return m_update.outcome(); }
 
 private:
     void updateServerInfo_Action(Button* sender);

@@ -27,7 +27,31 @@ const Value::Dictionary& recordOf(const ProfileMap::value_type& entry)
     return *entry.second.dictionary();
 }
 
+/// The stored map, if all its values are records.
+ProfileMap mapOf(std::optional<Value> stored)
+{
+    auto* dictionary = stored ? stored->dictionary() : nullptr;
+    if (!dictionary || !std::all_of(dictionary->begin(), dictionary->end(), [](const auto& entry) {
+            return entry.second.dictionary() != nullptr;
+        }))
+        return {};
+    return std::move(*dictionary);
+}
+
 } // namespace
+
+ProfileMap ProfileStore::storedProfiles() const
+{
+    return mapOf(m_domains.sharedProfileDefaults().object(profilesKey));
+}
+
+void ProfileStore::dropUnlisted(ProfileMap& profiles)
+{
+    std::erase_if(profiles, [](const auto& entry) {
+        return entry.first.empty()
+            || stringMember(recordOf(entry), "server").value_or("").starts_with('/');
+    });
+}
 
 ProfileMap ProfileStore::loadProfiles()
 {
@@ -37,13 +61,8 @@ ProfileMap ProfileStore::loadProfiles()
     if (!dictionary || dictionary->empty()) {
         domain.set(profilesKey, Value::Dictionary{});
         stored = domain.object(profilesKey);
-        dictionary = stored ? stored->dictionary() : nullptr;
     }
-    if (!dictionary || !std::all_of(dictionary->begin(), dictionary->end(), [](const auto& entry) {
-            return entry.second.dictionary() != nullptr;
-        }))
-        return {};
-    return std::move(*stored->dictionary());
+    return mapOf(std::move(stored));
 }
 
 std::string ProfileStore::validateCurrentServer(const ProfileMap& profiles)

@@ -32,6 +32,10 @@ public:
     /// The stored map. A missing, empty or malformed one is replaced by an empty dictionary; one
     /// whose values are not all records reads as empty and is overwritten by the next write.
     ProfileMap loadProfiles();
+    /// The same map; what is stored stays as it is.
+    ProfileMap storedProfiles() const;
+    /// Removes what no menu shows: a profile without a name, or whose "server" begins with "/".
+    static void dropUnlisted(ProfileMap& profiles);
     /// The current display name, or "" when it names no profile; it is forgotten then.
     std::string validateCurrentServer(const ProfileMap& profiles);
     /// The "server" of the newest record, or "". A later record without a date stops the process.

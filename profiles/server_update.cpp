@@ -24,6 +24,7 @@ void ServerUpdate::updateServerInfo(const Button& sender)
 {
     auto& outlets = m_deps.outlets;
     const auto resultBox = std::make_shared<std::string>();
+    m_outcome.reset();
     outlets.quit_Button->setEnabled(false);
     outlets.spinner_PI->startAnimation();
     // Only an add needs a name; "Set" lets a blank one through, it creates no record.
@@ -74,6 +75,7 @@ void ServerUpdate::handleTokenResult(
     if (*resultBox == "Quit")
         m_deps.application.terminate();
     m_deps.outlets.quit_Button->setEnabled(true);
+    m_outcome = {statusCode, result};
 }
 
 std::string ServerUpdate::succeed()

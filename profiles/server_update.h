@@ -9,6 +9,7 @@
 #include <cstdint>
 #include <functional>
 #include <memory>
+#include <optional>
 #include <string>
 
 namespace zarn {
@@ -22,6 +23,12 @@ struct ConnectionState;
 /// The text of the current-profile entry. The values go in as they are: a quote in a password gives
 /// a text that is not JSON, and its readers know.
 std::string currentProfileJson(const ConnectionState& connection);
+
+/// How a server replied to credentials; see ValidationCompletion.
+struct UpdateOutcome {
+    std::int64_t statusCode = 0;
+    std::string result;
+};
 
 /// The flow behind the "Add"/"Set" button: proves the credentials, then saves them. Main thread
 /// only.
@@ -45,6 +52,8 @@ public:
     }
 
     void updateServerInfo(const Button& sender);
+    /// Of the last click; nothing until its flow has ended.
+    const std::optional<UpdateOutcome>& outcome() const { return m_outcome; }
 
 private:
     /// The title of the button pressed in the result alert; shared by a click and its completion.
@@ -61,6 +70,7 @@ private:
     std::string failToAuthenticate(std::int64_t statusCode);
 
     Deps m_deps;
+    std::optional<UpdateOutcome> m_outcome;
     // A completion that comes after the view is gone does nothing.
     std::shared_ptr<int> m_life = std::make_shared<int>();
 };

@@ -1,5 +1,5 @@
 # SPDX-License-Identifier: MIT
-# Completion of zarn-actions, zarn-defaults and zarn-keychain for bash. Needs nothing but bash.
+# Completion of zarn-actions, zarn-defaults, zarn-keychain and zarn-profile for bash. Needs nothing but bash.
 
 # Offers the words that begin with what was typed. Not compgen -W, which would expand their "$(...)".
 _zarn_offer()
@@ -66,6 +66,54 @@ _zarn_keychain()
         _zarn_offer "$2" list show --keychain= --access-group= --force --json -h --help -V --version
 }
 
+# The names of the servers that begin with what was typed.
+_zarn_servers()
+{
+    local -a lines
+    mapfile -t lines < <(zarn-profile list 2>/dev/null)
+    lines=("${lines[@]%%$'\t'*}")
+    _zarn_offer "$1" "${lines[@]#??}"
+}
+
+_zarn_profile()
+{
+    _zarn_keychain_kinds "$@" && return
+    local word verb= place
+    for ((place = 1; place < COMP_CWORD; place++)); do
+        word=${COMP_WORDS[place]}
+        case $word in
+        -* | = | secret-service | file) ;;
+        *) verb=$word && break ;;
+        esac
+    done
+    local -a options=(-h --help)
+    case $verb in
+    "")
+        _zarn_offer "$2" add set list use remove check show token api terms --keychain= -V --version "${options[@]}"
+        return
+        ;;
+    add) options+=(--url --user --client-id --if-missing) ;;
+    set) options+=(--user --client-id) ;;
+    remove) options+=(-y --yes) ;;
+    list) options+=(--json) ;;
+    check) options+=(--all --json) ;;
+    show) options+=(--json --reveal --force) ;;
+    token) options+=(--json) ;;
+    api) options+=(--data) ;;
+    terms) options+=(--accept --json) ;;
+    esac
+    if [[ $2 == -* ]]; then
+        _zarn_offer "$2" "${options[@]}"
+    elif [[ $3 == --data ]]; then
+        compopt -o default
+    elif [[ $verb == api && $COMP_CWORD -eq $((place + 1)) ]]; then
+        _zarn_offer "$2" GET POST PUT
+    elif [[ $verb =~ ^(set|use|remove|check|show|token)$ ]]; then
+        _zarn_servers "$2"
+    fi
+}
+
 complete -F _zarn_actions zarn-actions
 complete -F _zarn_defaults zarn-defaults
 complete -F _zarn_keychain zarn-keychain
+complete -F _zarn_profile zarn-profile

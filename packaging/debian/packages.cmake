@@ -37,9 +37,10 @@ set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 
 set(CPACK_DEBIAN_WINDOW_PACKAGE_NAME zarn-actions)
 set(CPACK_DEBIAN_WINDOW_PACKAGE_SECTION admin)
-set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS ca-certificates)
+# The modules that the window loads are in the other package, and both are built together.
+set(CPACK_DEBIAN_WINDOW_PACKAGE_DEPENDS "zarn-actions-tools (= ${zarn_debian_version}-1), ca-certificates")
 string(CONCAT CPACK_DEBIAN_WINDOW_PACKAGE_RECOMMENDS
-    "zarn-actions-tools, qt6-wayland, gnome-keyring | libkf5wallet-bin | keepassxc, "
+    "qt6-wayland, gnome-keyring | libkf5wallet-bin | keepassxc, "
     "xdg-desktop-portal-gtk | xdg-desktop-portal-backend, xdg-utils")
 set(CPACK_COMPONENT_WINDOW_DESCRIPTION
 "register Zarn Pro servers for automation actions
@@ -55,12 +56,15 @@ This package has the window.")
 
 set(CPACK_DEBIAN_TOOLS_PACKAGE_NAME zarn-actions-tools)
 set(CPACK_DEBIAN_TOOLS_PACKAGE_SECTION admin)
-set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS zarn-actions)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_DEPENDS ca-certificates)
+set(CPACK_DEBIAN_TOOLS_PACKAGE_SUGGESTS "zarn-actions, gnome-keyring")
 set(CPACK_COMPONENT_TOOLS_DESCRIPTION
-"read what Zarn Actions keeps from a shell
-zarn-defaults reads and writes the settings of Zarn Actions, zarn-keychain
-reads its keychain items, from the keyring service of the desktop or from the
-encrypted file that stands in for it.
+"register Zarn Pro servers from a shell, and use them
+zarn-profile registers servers, checks them and gives automation actions
+access tokens, as the window of Zarn Actions does. zarn-defaults reads and
+writes the settings of Zarn Actions, zarn-keychain reads its keychain items,
+from the keyring service of the desktop or from the encrypted file that stands
+in for it.
 .
-Neither needs a display nor the toolkit of the window.")
+None needs a display or the toolkit of the window.")
 include(CPack)

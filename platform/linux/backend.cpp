@@ -5,11 +5,12 @@
 #include "platform/linux/desktop/desktop_preferences.h"
 #include "platform/linux/desktop/desktop_workspace.h"
 #include "platform/linux/desktop/process_signals.h"
-#include "platform/linux/desktop/single_instance.h"
 #include "platform/linux/desktop/x11_window_list.h"
 #include "platform/linux/diagnosis.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/files/posix_services.h"
+#include "platform/linux/files/process_guard.h"
+#include "platform/linux/files/single_instance.h"
 #include "platform/linux/http/lazy_url_sessions.h"
 #include "platform/linux/keychain/keychain_thread.h"
 #include "platform/linux/queues/thread_serial_queue.h"
@@ -238,8 +239,11 @@ Backend::Start Backend::start(const Options& options)
         activationToken ? activationToken : "")) {
     case SingleInstance::Outcome::First:
         break;
-    case SingleInstance::Outcome::RaisedOther:
+    case SingleInstance::Outcome::WindowOpen:
         return {nullptr, EXIT_SUCCESS, "Zarn Actions is already running"};
+    case SingleInstance::Outcome::Busy:
+        return {nullptr, EXIT_FAILURE,
+            "another copy is ending or zarn-profile is changing the profiles: try again"};
     case SingleInstance::Outcome::Elsewhere:
         return {nullptr, EXIT_FAILURE, "a copy on another machine uses " + paths.config};
     case SingleInstance::Outcome::Failed:

@@ -40,5 +40,11 @@ TEST(EndpointUrl, MillionsOfDoubledSlashesCollapseInOnePass)
     EXPECT_TRUE(collapseApiSlashes(text) == expected);
 }
 
+TEST(EndpointUrl, AnEndpointStandsBehindItsVersion)
+{
+    EXPECT_EQ(apiUrlText("https://h:8443/", "buildings"), "https://h:8443/api/v1/buildings");
+    EXPECT_EQ(apiUrlText("https://h", "computers/1"), "https://h/api/v2/computers/1");
+}
+
 } // namespace
 } // namespace zarn

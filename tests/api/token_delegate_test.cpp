@@ -541,5 +541,18 @@ TEST_F(TokenEdgeCases, ForcedBasicAuthenticationLeavesTheTokenRequestUnchangedAn
     EXPECT_EQ(connection.token, "YWRtaW46cHc=");
 }
 
+TEST_F(TokenDelegateTest, ATokenAloneComesWithoutTheVersionAndStaysABearerToken)
+{
+    settings.standard().values["forceBasicAuth"] = 1;
+    useApiClient();
+    delegate->getTokenAlone("https://zarn.example", connection.base64Creds, completion());
+    sessions.reply(200, R"({"access_token":"t0k3n"})");
+    sessions.deliverAll();
+    EXPECT_EQ(sessions.requests.size(), 1U);
+    EXPECT_EQ(connection.token, "t0k3n");
+    EXPECT_EQ(connection.authScheme, "Bearer");
+    EXPECT_EQ(connection.serverVersion, "");
+}
+
 } // namespace
 } // namespace zarn

@@ -53,5 +53,21 @@ TEST(Base64, BreaksNoLines)
     EXPECT_EQ(text.find('\n'), std::string::npos);
 }
 
+TEST(Base64, DecodingUndoesEncoding)
+{
+    std::string bytes;
+    for (int i = 0; i < 600; ++i) {
+        EXPECT_EQ(base64Decoded(base64Encoded(bytes)), bytes) << i;
+        bytes += static_cast<char>(i * 7);
+    }
+}
+
+TEST(Base64, DecodesNothingButProperText)
+{
+    for (const auto* text : {"A", "AA", "AAA", "A===", "====", "AA=A", "=AAA", "AA==AAAA",
+             "AAAA=", "AA\nA", "AA-_", "AB==", "AAB=", "AAA\xff"})
+        EXPECT_EQ(base64Decoded(text), std::nullopt) << text;
+}
+
 } // namespace
 } // namespace zarn

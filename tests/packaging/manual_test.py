@@ -14,7 +14,7 @@ import sys
 import unittest
 
 BUILD, SOURCE = (os.path.abspath(sys.argv.pop(1)) for _ in range(2))
-PROGRAMS = ("zarn-actions", "zarn-defaults", "zarn-keychain")
+PROGRAMS = ("zarn-actions", "zarn-defaults", "zarn-keychain", "zarn-profile")
 SECTIONS = ["NAME", "SYNOPSIS", "DESCRIPTION", "OPTIONS", "EXIT STATUS", "ENVIRONMENT", "FILES", "EXAMPLES",
             "SEE ALSO"]
 OPTION = re.compile(r"(?<![\w-])(--[a-z][a-z-]*|-[hV])(?![\w-])")
@@ -39,7 +39,12 @@ def section(text, name):
 
 
 def help_of(program):
-    return run(os.path.join(BUILD, program), "--help").stdout
+    """What a program prints about itself and about each of its commands."""
+    text = run(os.path.join(BUILD, program), "--help").stdout
+    commands = re.search(r"(?ms)^Commands:\n(.*?)\n\n", text)
+    for command in re.findall(r"(?m)^  ([a-z]+) ", commands.group(1)) if commands else []:
+        text += run(os.path.join(BUILD, program), command, "--help").stdout
+    return text
 
 
 class ManualTest(unittest.TestCase):

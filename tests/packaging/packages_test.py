@@ -48,6 +48,7 @@ def older(package, folder):
     control = os.path.join(tree, "DEBIAN/control")
     with open(control, encoding="utf-8") as file:
         text = re.sub(r"(?m)^Version: .*$", "Version: 0.9-1", file.read())
+    text = re.sub(r"zarn-actions-tools \(= [^)]*\)", "zarn-actions-tools (= 0.9-1)", text)
     with open(control, "w", encoding="utf-8") as file:
         file.write(text)
     name = re.search(r"(?m)^Package: (.*)$", text).group(1)
@@ -194,15 +195,15 @@ class ContentTest(unittest.TestCase):
             self.assertTrue(line.startswith("#") or before.startswith("# "), line)
 
     def test_dependencies_are_what_is_linked(self):
-        self.assertTrue({"libqt6widgets6", "libqt6dbus6", "libcurl4", "libsecret-1-0", "libsodium23", "libplist3",
-                         "libxcb1", "ca-certificates"} <= set(PACKAGES.names(WINDOW, "Depends")))
+        self.assertTrue({"libqt6widgets6", "libqt6dbus6", "libplist3", "libxcb1", "ca-certificates", TOOLS} <= set(PACKAGES.names(WINDOW, "Depends")))
         tools = PACKAGES.names(TOOLS, "Depends")
-        self.assertTrue({"libc6", "libplist3", "libsecret-1-0", "libsodium23"} <= set(tools), tools)
+        self.assertTrue({"libc6", "libcurl4", "libicu72", "libplist3", "libsecret-1-0", "libsodium23",
+                         "ca-certificates"} <= set(tools), tools)
         self.assertEqual([name for name in tools if TOOLKIT.match(name)], [])
 
     def test_the_window_recommends_what_a_desktop_should_have(self):
         self.assertEqual(PACKAGES.names(WINDOW, "Recommends"), [
-            TOOLS, "qt6-wayland", "gnome-keyring", "libkf5wallet-bin", "keepassxc", "xdg-desktop-portal-gtk",
+            "qt6-wayland", "gnome-keyring", "libkf5wallet-bin", "keepassxc", "xdg-desktop-portal-gtk",
             "xdg-desktop-portal-backend", "xdg-utils"])
 
     def test_the_version_is_that_of_the_program(self):
@@ -214,7 +215,7 @@ class ContentTest(unittest.TestCase):
     def test_each_program_and_module_is_in_its_package_with_its_page_and_completion(self):
         window, tools = PACKAGES.files(WINDOW), PACKAGES.files(TOOLS)
         self.assertEqual(set(window) & set(tools), set())
-        for files, programs in ((window, ["zarn-actions"]), (tools, ["zarn-defaults", "zarn-keychain"])):
+        for files, programs in ((window, ["zarn-actions"]), (tools, ["zarn-defaults", "zarn-keychain", "zarn-profile"])):
             self.assertEqual([os.path.basename(path) for path in files if path.startswith("/usr/bin/")], programs)
             for program in programs:
                 self.assertIn(f"/usr/share/man/man1/{program}.1.gz", files)
@@ -269,6 +270,7 @@ class LifeTest(unittest.TestCase):
         self.assertRegex(answer("zarn-actions", "--diagnose", "--keychain=file"), r"(?m)^result +all is well$")
         answer("zarn-defaults", "write", SETTINGS, "key", "-int", "7")
         self.assertEqual(answer("zarn-defaults", "--json", "read", SETTINGS), '{\n    "key": 7\n}\n')
+        self.assertEqual(answer("zarn-profile", "list"), "")
         self.assertEqual(answer("zarn-keychain", "--keychain=file", "--json", "list").splitlines()[-2:], ["[", "]"])
 
     def register(self, root):

@@ -55,6 +55,19 @@ TEST_F(ProfileStoreTest, AMapWhoseValuesAreNotAllRecordsReadsAsEmptyAndIsNotWrit
     EXPECT_EQ(shared().values.at("serversDict"), stored);
 }
 
+TEST_F(ProfileStoreTest, ReadingWhatIsStoredWritesNothing)
+{
+    EXPECT_TRUE(store.storedProfiles().empty());
+    shared().values["serversDict"] = "text";
+    EXPECT_TRUE(store.storedProfiles().empty());
+    shared().values["serversDict"] = Value::Dictionary{{"a", "no record"}};
+    EXPECT_TRUE(store.storedProfiles().empty());
+    shared().values.clear();
+    storeProfile("a", "https://a", 5);
+    EXPECT_EQ(store.storedProfiles(), storedProfiles());
+    EXPECT_TRUE(events().empty());
+}
+
 TEST_F(ProfileStoreTest, AProperMapIsReadAndNotWritten)
 {
     storeProfile("a", "https://a", 5);

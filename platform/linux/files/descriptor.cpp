@@ -14,6 +14,13 @@ Descriptor Descriptor::open(const std::string& path, int flags, unsigned mode)
     return opened;
 }
 
+Descriptor Descriptor::openNamed(const std::string& path)
+{
+    Descriptor opened;
+    opened.m_value = retrying([&] { return ::open(path.c_str(), O_RDONLY | O_CLOEXEC); });
+    return opened;
+}
+
 Descriptor::~Descriptor()
 {
     if (m_value >= 0)

@@ -14,6 +14,8 @@ public:
     /// Never follows a link, and no child process inherits it. Not ok() on failure (errno says
     /// why).
     static Descriptor open(const std::string& path, int flags, unsigned mode = 0);
+    /// Opens what the user names for reading, links included.
+    static Descriptor openNamed(const std::string& path);
     ~Descriptor();
     Descriptor(Descriptor&& other) noexcept
         : m_value(std::exchange(other.m_value, -1))

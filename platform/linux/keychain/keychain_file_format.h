@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "base/wipe.h"
 #include "platform/linux/keychain/keychain_store.h"
-#include "platform/linux/keychain/wipe.h"
 
 #include <array>
 

@@ -1,9 +1,9 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/keychain/keychain_thread.h"
 
+#include "base/wipe.h"
 #include "platform/linux/files/module.h"
 #include "platform/linux/keychain/keychain_module.h"
-#include "platform/linux/keychain/wipe.h"
 
 #include <algorithm>
 #include <utility>

@@ -2,7 +2,7 @@
 #include "platform/linux/keychain/secret_service_keychain.h"
 
 #include "base/utf8.h"
-#include "platform/linux/keychain/wipe.h"
+#include "base/wipe.h"
 
 #include <algorithm>
 #include <tuple>

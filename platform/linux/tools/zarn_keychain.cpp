@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "base/json.h"
+#include "base/wipe.h"
 #include "platform/linux/keychain/keychain_factory.h"
-#include "platform/linux/keychain/wipe.h"
 #include "zarn/product_constants.h"
 
 #include <array>

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """The template of a backend: it makes a program, and its copy under another name is a backend too.
 
-    backend_test.py ROOT PROGRAM CMAKE COMPILER
+    backend_test.py ROOT WINDOW TERMINAL CMAKE COMPILER
 """
 
 import os
@@ -12,7 +12,7 @@ import sys
 import tempfile
 import unittest
 
-ROOT, PROGRAM, CMAKE, COMPILER = (os.path.abspath(path) for path in sys.argv[1:])
+ROOT, PROGRAM, TERMINAL, CMAKE, COMPILER = (os.path.abspath(path) for path in sys.argv[1:])
 LIMIT = 60
 
 
@@ -25,7 +25,7 @@ def copy_of_the_sources(folder):
     """What the program itself is built from, with the template copied to platform/example."""
     for name in ("CMakeLists.txt", "CHANGELOG.md"):
         shutil.copy(os.path.join(ROOT, name), folder)
-    for name in ("api", "app", "base", "cmake", "log", "platform", "profiles", "update"):
+    for name in ("api", "app", "base", "cmake", "log", "platform", "profiles", "terminal", "update"):
         shutil.copytree(os.path.join(ROOT, name), os.path.join(folder, name),
                         ignore=shutil.ignore_patterns("linux"))
     example = os.path.join(folder, "platform/example")
@@ -56,6 +56,13 @@ class BackendTest(unittest.TestCase):
         self.assertEqual((started.returncode, started.stdout), (1, ""))
         self.assertIn("this backend opens no window", started.stderr)
 
+    def test_the_terminal_on_stubs_runs_and_has_no_server(self):
+        helped = run(TERMINAL, "--help")
+        self.assertEqual(helped.returncode, 0, helped.stderr)
+        self.assertIn("--version", helped.stdout)
+        listed = run(TERMINAL, "list")
+        self.assertEqual((listed.returncode, listed.stdout, listed.stderr), (0, "", ""))
+
     def test_a_copy_of_the_template_can_be_chosen(self):
         source = self.folder + "/source"
         os.mkdir(source)
@@ -64,10 +71,11 @@ class BackendTest(unittest.TestCase):
         self.assertEqual(configured.returncode, 0, configured.stderr)
         checked = run(CMAKE, "--build", self.folder + "/build", "--target", "zarn_check_includes")
         self.assertEqual(checked.returncode, 0, checked.stdout)
-        steps = run(CMAKE, "--build", self.folder + "/build", "--target", "zarn-actions", "--", "-n")
+        steps = run(CMAKE, "--build", self.folder + "/build", "--target", "zarn-actions", "zarn-profile", "--", "-n")
         self.assertEqual(steps.returncode, 0, steps.stdout)
         self.assertIn("platform/example/CMakeFiles/zarn_example.dir/backend.cpp.o", steps.stdout)
         self.assertIn("Linking CXX executable zarn-actions", steps.stdout)
+        self.assertIn("Linking CXX executable zarn-profile", steps.stdout)
 
     def test_a_backend_that_is_not_there_is_refused_with_the_names_of_those_that_are(self):
         refused = self.configure(ROOT, "nowhere")

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // What the file keychain leaves in memory: neither its key nor a secret, in no page of the process.
+#include "base/wipe.h"
 #include "platform/linux/keychain/file_keychain.h"
-#include "platform/linux/keychain/wipe.h"
 #include "tests/support/begun_call.h"
 #include "tests/support/scratch_folder.h"
 

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/desktop/single_instance.h"
+#include "platform/linux/files/single_instance.h"
 
 #include <gtest/gtest.h>
 
@@ -149,7 +149,7 @@ TEST_F(SingleInstanceTest, EachFurtherStartRaisesTheFirstOnce)
     ASSERT_EQ(first.hear(), 'f');
     for (int start = 0; start < 3; ++start) {
         SingleInstance instance;
-        EXPECT_EQ(instance.claim(path, 5s, ""), Outcome::RaisedOther);
+        EXPECT_EQ(instance.claim(path, 5s, ""), Outcome::WindowOpen);
         EXPECT_EQ(first.hear(), 'r');
     }
     EXPECT_TRUE(first.isAlive());
@@ -167,7 +167,7 @@ protected:
     {
         OtherProcess other([&](int, int) {
             SingleInstance second;
-            return second.claim(path, 5s, token) == Outcome::RaisedOther ? 0 : 1;
+            return second.claim(path, 5s, token) == Outcome::WindowOpen ? 0 : 1;
         });
         EXPECT_EQ(other.exitCode(), 0);
     }
@@ -242,7 +242,7 @@ TEST_F(HandedToken, DoesNotHideThatTheFirstIsEnding)
     (void)first.takeActivationToken();
     OtherProcess other([&](int, int) {
         SingleInstance second;
-        return second.claim(path, 20ms, "token") == Outcome::Failed ? 0 : 1;
+        return second.claim(path, 20ms, "token") == Outcome::Busy ? 0 : 1;
     });
     EXPECT_EQ(other.exitCode(), 0);
 }
@@ -282,7 +282,7 @@ TEST_F(SingleInstanceTest, AnEndThatTakesTooLongIsNotWaitedForForEver)
     first.tell();
     ASSERT_EQ(first.hear(), 'e');
     SingleInstance instance;
-    EXPECT_EQ(instance.claim(path, 60ms, ""), Outcome::Failed);
+    EXPECT_EQ(instance.claim(path, 60ms, ""), Outcome::Busy);
 }
 
 TEST_F(SingleInstanceTest, TheEndOfOneRunIsForgottenByTheNext)
@@ -298,7 +298,7 @@ TEST_F(SingleInstanceTest, TheEndOfOneRunIsForgottenByTheNext)
     OtherProcess second(firstCopy());
     ASSERT_EQ(second.hear(), 'f');
     SingleInstance third;
-    EXPECT_EQ(third.claim(path, 5s, ""), Outcome::RaisedOther);
+    EXPECT_EQ(third.claim(path, 5s, ""), Outcome::WindowOpen);
     EXPECT_EQ(second.hear(), 'r');
 }
 
@@ -314,7 +314,7 @@ TEST_F(SingleInstanceTest, ManyStartsAtOnceHaveExactlyOneFirst)
             const auto outcome = instance.claim(path, 5s, "");
             say(toUs,
                 outcome == Outcome::First             ? 'f'
-                    : outcome == Outcome::RaisedOther ? 'r'
+                    : outcome == Outcome::WindowOpen ? 'r'
                                                       : '?');
             waitToBeTold(fromUs);
             return 0;
@@ -327,6 +327,111 @@ TEST_F(SingleInstanceTest, ManyStartsAtOnceHaveExactlyOneFirst)
         outcomes += copy->hear();
     EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), 'f'), 1) << outcomes;
     EXPECT_EQ(std::count(outcomes.begin(), outcomes.end(), 'r'), starts - 1) << outcomes;
+}
+
+TEST_F(SingleInstanceTest, ACommandEndsAtOnceWhileAWindowIsOpenAndDoesNotRaiseIt)
+{
+    OtherProcess first(firstCopy());
+    ASSERT_EQ(first.hear(), 'f');
+    SingleInstance command;
+    EXPECT_EQ(command.claimForCommand(path, 10s), Outcome::WindowOpen);
+    first.tell();
+    EXPECT_EQ(first.hear(), 'e') << "it was raised";
+}
+
+TEST_F(SingleInstanceTest, ACommandWaitsForAWindowThatIsEnding)
+{
+    OtherProcess first(firstCopy());
+    ASSERT_EQ(first.hear(), 'f');
+    first.tell();
+    ASSERT_EQ(first.hear(), 'e');
+    SingleInstance command;
+    EXPECT_EQ(command.claimForCommand(path, 60ms), Outcome::Busy);
+    first.tell();
+    EXPECT_EQ(first.exitCode(), 0);
+    EXPECT_EQ(command.claimForCommand(path, 0ms), Outcome::First);
+}
+
+/// A command that holds the lock; told something, it gives it back, and ends when told again.
+class HeldByCommand : public SingleInstanceTest {
+protected:
+    HeldByCommand() { EXPECT_EQ(command.hear(), 'c'); }
+
+    OtherProcess command{[path = path](int toUs, int fromUs) {
+        std::signal(SIGUSR1, SIG_IGN);
+        SingleInstance instance;
+        if (instance.claimForCommand(path, 10s) != Outcome::First)
+            return 1;
+        say(toUs, 'c');
+        waitToBeTold(fromUs);
+        instance.release();
+        say(toUs, 'r');
+        waitToBeTold(fromUs);
+        return 0;
+    }};
+};
+
+TEST_F(HeldByCommand, OtherCommandsAndWindowsWaitForItsEnd)
+{
+    OtherProcess window([this](int toUs, int) {
+        SingleInstance instance;
+        say(toUs, 'w');
+        return instance.claim(path, 10s, "") == Outcome::First ? 0 : 1;
+    });
+    ASSERT_EQ(window.hear(), 'w');
+    SingleInstance other;
+    EXPECT_EQ(other.claimForCommand(path, 60ms), Outcome::Busy);
+    EXPECT_TRUE(window.isAlive());
+    command.tell();
+    EXPECT_EQ(command.hear(), 'r');
+    EXPECT_EQ(window.exitCode(), 0);
+    EXPECT_TRUE(command.isAlive());
+}
+
+TEST_F(HeldByCommand, AWindowDoesNotWaitForEver)
+{
+    SingleInstance window;
+    EXPECT_EQ(window.claim(path, 60ms, ""), Outcome::Busy);
+    EXPECT_TRUE(command.isAlive());
+}
+
+TEST_F(HeldByCommand, AKilledCommandLeavesThePlaceFree)
+{
+    command.kill();
+    EXPECT_EQ(command.exitCode(), -SIGKILL);
+    SingleInstance window;
+    EXPECT_EQ(window.claim(path, 0ms, ""), Outcome::First);
+}
+
+TEST_F(SingleInstanceTest, WhatAnEarlierHolderSaidOfItselfDoesNotCount)
+{
+    {
+        OtherProcess first(firstCopy());
+        ASSERT_EQ(first.hear(), 'f');
+        first.kill();
+        ASSERT_EQ(first.exitCode(), -SIGKILL);
+    }
+    // Locks the file, and says what it is only once it is told to.
+    OtherProcess slow([path = path](int toUs, int fromUs) {
+        const int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
+        struct flock lock { };
+        lock.l_type = F_WRLCK;
+        lock.l_whence = SEEK_SET;
+        if (::fcntl(file, F_SETLK, &lock) != 0)
+            return 1;
+        say(toUs, 'l');
+        waitToBeTold(fromUs);
+        return 0;
+    });
+    ASSERT_EQ(slow.hear(), 'l');
+    OtherProcess command([this](int toUs, int) {
+        SingleInstance instance;
+        say(toUs, 's');
+        return instance.claimForCommand(path, 10s) == Outcome::First ? 0 : 1;
+    });
+    ASSERT_EQ(command.hear(), 's');
+    slow.tell();
+    EXPECT_EQ(command.exitCode(), 0) << "it took the last window's word";
 }
 
 TEST_F(SingleInstanceTest, ALinkInThePlaceOfTheFileIsNotFollowed)

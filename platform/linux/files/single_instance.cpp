@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/desktop/single_instance.h"
+#include "platform/linux/files/single_instance.h"
 
 #include "platform/linux/files/durable_file.h"
 
 #include <algorithm>
 #include <array>
 #include <csignal>
+#include <cstdint>
 #include <thread>
 
 #include <fcntl.h>
@@ -15,10 +16,15 @@ namespace zarn::linux_backend {
 
 namespace {
 
-// What the lock file holds: this letter at its start while the holder is ending, and a token with a
-// line break further on.
-constexpr char ending = 'e';
-constexpr off_t tokenPlace = 8;
+/// What stands at the start of the lock file: the role of the process, and which one wrote it. A
+/// token with a line break follows.
+struct Head {
+    char role = 0;
+    std::int32_t process = 0;
+};
+constexpr off_t tokenPlace = sizeof(Head);
+// Between taking the lock and writing its role a process needs no longer than this.
+constexpr std::chrono::milliseconds roleDelay{500};
 constexpr std::size_t longestToken = 255;
 
 bool isToken(std::string_view text)
@@ -40,29 +46,47 @@ struct flock wholeFile()
 SingleInstance::Outcome SingleInstance::claim(
     const std::string& path, std::chrono::milliseconds patience, std::string_view activationToken)
 {
+    return take(path, patience, {Role::Window, activationToken});
+}
+
+SingleInstance::Outcome SingleInstance::claimForCommand(
+    const std::string& path, std::chrono::milliseconds patience)
+{
+    return take(path, patience, {Role::Command, {}});
+}
+
+SingleInstance::Outcome SingleInstance::take(
+    const std::string& path, std::chrono::milliseconds patience, const Wish& wish)
+{
     using Clock = std::chrono::steady_clock;
     if (!makePrivateFolder(folderOf(path)))
         return Outcome::Failed;
     m_file = Descriptor::open(path, O_RDWR | O_CREAT, 0600);
     if (!m_file.ok())
         return Outcome::Failed;
-    for (const auto deadline = Clock::now() + patience;;) {
+    const auto start = Clock::now();
+    for (;;) {
         auto lock = wholeFile();
         if (::fcntl(m_file.get(), F_SETLK, &lock) == 0)
-            return ::ftruncate(m_file.get(), 0) == 0 ? Outcome::First : Outcome::Failed;
+            return writeRole(wish.role) ? Outcome::First : Outcome::Failed;
         lock = wholeFile();
         if (::fcntl(m_file.get(), F_GETLK, &lock) != 0)
             return Outcome::Failed;
         const bool isHeld = lock.l_type != F_UNLCK;
         if (isHeld && lock.l_pid <= 0)
             return Outcome::Elsewhere;
-        if (isHeld && !isHolderEnding()) {
-            handOver(activationToken);
+        const auto role = isHeld ? roleOf(lock.l_pid) : Role::Ending;
+        const bool isWindow
+            = role == Role::Window || (role == Role::Unknown && Clock::now() - start >= roleDelay);
+        if (isWindow && wish.role == Role::Command)
+            return Outcome::WindowOpen;
+        if (isWindow) {
+            handOver(wish.activationToken);
             if (::kill(lock.l_pid, SIGUSR1) == 0)
-                return Outcome::RaisedOther;
+                return Outcome::WindowOpen;
         }
-        if (Clock::now() >= deadline)
-            return Outcome::Failed;
+        if (Clock::now() - start >= patience && role != Role::Unknown)
+            return Outcome::Busy;
         // The holder is going, or gone since the first look.
         std::this_thread::sleep_for(std::chrono::milliseconds(20));
     }
@@ -70,13 +94,22 @@ SingleInstance::Outcome SingleInstance::claim(
 
 void SingleInstance::announceEnding() const
 {
-    [[maybe_unused]] const auto written = ::pwrite(m_file.get(), &ending, 1, 0);
+    [[maybe_unused]] const bool isWritten = writeRole(Role::Ending);
 }
 
-bool SingleInstance::isHolderEnding() const
+bool SingleInstance::writeRole(Role role) const
 {
-    char first = 0;
-    return ::pread(m_file.get(), &first, 1, 0) == 1 && first == ending;
+    const Head head{static_cast<char>(role), ::getpid()};
+    return ::pwrite(m_file.get(), &head, sizeof head, 0) == sizeof head
+        && (role == Role::Ending || ::ftruncate(m_file.get(), tokenPlace) == 0);
+}
+
+SingleInstance::Role SingleInstance::roleOf(int holder) const
+{
+    Head head;
+    if (::pread(m_file.get(), &head, sizeof head, 0) != sizeof head || head.process != holder)
+        return Role::Unknown;
+    return static_cast<Role>(head.role);
 }
 
 void SingleInstance::handOver(std::string_view activationToken) const

@@ -3,23 +3,29 @@
 
 #include "base/value.h"
 
-#include <cstring>
+#include <cstddef>
 #include <string>
 
-namespace zarn::linux_backend {
+namespace zarn {
 
-/// Overwrites a secret before its memory is given back, in a way the compiler may not leave out.
+/// Overwrites bytes in a way that the compiler may not leave out.
+inline void overwrite(void* bytes, std::size_t size)
+{
+    auto* byte = static_cast<volatile unsigned char*>(bytes);
+    for (; size > 0; --size)
+        *byte++ = 0;
+}
+
+/// Overwrites a secret before its memory is given back.
 inline void wipe(Data& secret)
 {
-    if (!secret.empty())
-        ::explicit_bzero(secret.data(), secret.size());
+    overwrite(secret.data(), secret.size());
     secret.clear();
 }
 
 inline void wipe(std::string& secret)
 {
-    if (!secret.empty())
-        ::explicit_bzero(secret.data(), secret.size());
+    overwrite(secret.data(), secret.size());
     secret.clear();
 }
 
@@ -46,4 +52,4 @@ private:
     Bytes m_bytes;
 };
 
-} // namespace zarn::linux_backend
+} // namespace zarn
