@@ -126,6 +126,18 @@ foreach(folder IN LISTS backend_folders)
     endforeach()
 endforeach()
 
+# That a header compiles on its own is proved by the source of its name, which includes it first.
+foreach(folder IN LISTS core backend_folders)
+    file(GLOB files RELATIVE "${ROOT}" "${ROOT}/${folder}/*.cpp")
+    foreach(file IN LISTS files)
+        string(REGEX REPLACE "[.]cpp$" ".h" header "${file}")
+        file(STRINGS "${ROOT}/${file}" first LIMIT_COUNT 1 REGEX "^[ \t]*(#|%:)[ \t]*include")
+        if(EXISTS "${ROOT}/${header}" AND NOT first STREQUAL "#include \"${header}\"")
+            violation("${file}" "${first}" "the first include of a source is its own header")
+        endif()
+    endforeach()
+endforeach()
+
 # A file in a folder that the rule does not know would escape it.
 file(GLOB files RELATIVE "${ROOT}" "${ROOT}/platform/*/*/*.h" "${ROOT}/platform/*/*/*.cpp")
 foreach(file IN LISTS files)

@@ -41,11 +41,12 @@ if(ZARN_FUZZ)
     target_link_options(zarn_options INTERFACE -fsanitize=fuzzer-no-link)
 endif()
 
-# zarn_add_library(NAME [HEADERS ...] [SOURCES ...] [PUBLIC ...] [PRIVATE ...])
-# A static library, or one of headers alone. Each header is compiled on its own by the target
-# all_verify_interface_header_sets.
+# zarn_add_library(NAME [HEADERS ...] [SOURCES ...] [PUBLIC ...] [PRIVATE ...] [PRECOMPILE ...])
+# A static library, or one of headers alone. That x.h compiles on its own is proved by x.cpp, which
+# includes it first (CheckIncludes.cmake sees to that). The target all_verify_interface_header_sets
+# compiles the headers that have no such source, and all of a library with precompiled headers.
 function(zarn_add_library name)
-    cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE" ${ARGN})
+    cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE;PRECOMPILE" ${ARGN})
     set(visible PUBLIC)
     if(arg_SOURCES)
         add_library(${name} STATIC ${arg_SOURCES})
@@ -54,6 +55,16 @@ function(zarn_add_library name)
         add_library(${name} INTERFACE)
         set(visible INTERFACE)
     endif()
-    target_sources(${name} ${visible} FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS})
+    set(to_verify ${arg_HEADERS})
+    if(arg_PRECOMPILE)
+        target_precompile_headers(${name} PRIVATE ${arg_PRECOMPILE})
+    else()
+        string(REGEX REPLACE "[.]cpp(;|$)" ".h\\1" with_source "${arg_SOURCES}")
+        list(REMOVE_ITEM to_verify ${with_source})
+    endif()
+    target_sources(${name} ${visible}
+        FILE_SET HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${arg_HEADERS}
+        FILE_SET to_verify TYPE HEADERS BASE_DIRS "${PROJECT_SOURCE_DIR}" FILES ${to_verify})
+    set_target_properties(${name} PROPERTIES INTERFACE_HEADER_SETS_TO_VERIFY to_verify)
     target_link_libraries(${name} ${visible} zarn_options ${arg_PUBLIC})
 endfunction()
