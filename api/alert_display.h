@@ -12,7 +12,7 @@ class AlertDisplay {
 public:
     virtual ~AlertDisplay() = default;
 
-    /// Blocks until the user presses a button and answers its title. "OK" is always the first
+    /// Blocks until the user presses a button and returns its title. "OK" is always the first
     /// button; with an empty `secondButtonTitle` it is the only one.
     virtual std::string display(
         std::string_view header, std::string_view message, std::string_view secondButtonTitle)

@@ -23,7 +23,7 @@ std::string lowercased(std::string text)
     return text;
 }
 
-// Every other word, "delete" included, sends PUT on purpose.
+// Every other word, including "delete", sends PUT on purpose.
 std::string httpMethod(const std::string& word)
 {
     if (word == "get")

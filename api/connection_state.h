@@ -10,7 +10,7 @@
 
 namespace zarn {
 
-/// What is known of the connection: one per process, never reset. Main thread only.
+/// What is known about the connection: one per process, never reset. Main thread only.
 struct ConnectionState {
     /// Exactly as typed; may end in "/".
     std::string serverUrl;
@@ -22,16 +22,17 @@ struct ConnectionState {
     std::string base64Creds;
     /// 1: API client id and secret; any other value: user name and password.
     int useApiClient = 1;
-    /// The last read state of the credential-mode check box: 1 for user name and password.
+    /// The state of the credential-mode check box when it was last read: 1 for user name and
+    /// password.
     int useUsernameState = 0;
     /// Sent after "Bearer " by the API action.
     std::string token;
-    /// "Basic" or "Bearer".
+    /// "Basic" or "Bearer". No header depends on it: with Basic, `token` holds the credentials.
     std::string authScheme = "Basic";
     bool bearerTokenActive = false;
     std::optional<Date> tokenCreated;
 
-    /// Empty until a server told its version.
+    /// Empty until a server has reported its version.
     std::string serverVersion;
     std::int64_t versionMajor = 0;
     std::int64_t versionMinor = 0;

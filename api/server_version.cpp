@@ -19,13 +19,13 @@ std::vector<std::string_view> splitText(std::string_view text, char separator)
 
 std::int64_t decimalOrZero(std::string_view text)
 {
-    // from_chars knows "-", but no "+".
+    // from_chars accepts "-", but not "+".
     if (text.starts_with('+')) {
         text.remove_prefix(1);
         if (text.starts_with('-'))
             return 0;
     }
-    // What is no number, or too large, leaves the zero alone.
+    // Text that is not a number, or too large, leaves the zero in place.
     std::int64_t number = 0;
     const auto* end = text.data() + text.size();
     return std::from_chars(text.data(), end, number).ptr == end ? number : 0;

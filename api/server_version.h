@@ -19,7 +19,7 @@ struct ServerVersion {
 
     /// Nothing for fewer than three dotted parts. A part that is no number reads as 0.
     static std::optional<ServerVersion> parse(std::string_view text);
-    /// Bearer tokens are used when both numbers are large enough, each for itself: 11.2.0 is Basic
+    /// Bearer tokens are used when each number is large enough on its own: 11.2.0 means Basic
     /// on purpose.
     bool selectsBearer() const { return major >= 10 && minor >= 35; }
 };

@@ -24,7 +24,7 @@ bool isSuccess(int status)
     return status >= 200 && status <= 299;
 }
 
-// The shape of a reply without its texts: one of them may be a token.
+// Describes a reply without its texts: one of them may be a token.
 Value withoutTexts(const Value& value)
 {
     if (const auto* text = value.string())
@@ -72,7 +72,7 @@ UrlSessionConfiguration TokenDelegate::tokenConfiguration(
         headers.emplace_back("Content-Type", "application/x-www-form-urlencoded");
     } else {
         headers.emplace_back("Authorization", "Basic " + credentials);
-        // Sent although there is no body: the server's front end wants it.
+        // Sent although there is no body: the server's front end requires it.
         headers.emplace_back("Content-Type", "application/json");
     }
     headers.emplace_back("Accept", "application/json");
@@ -98,6 +98,8 @@ void TokenDelegate::requestToken(const std::string& serverUrl, const std::string
         completion(500, "failed");
         return;
     }
+    // The default time-out stays: the transport caps it at the same 60 s, so raising it here alone
+    // would do nothing.
     UrlRequest request{*url, "POST"};
     m_deps.log.writeEntry("[TokenDelegate.getToken] Attempting to retrieve token from "
         + url->text() + " for version look-up");
@@ -173,11 +175,9 @@ void TokenDelegate::adoptToken(const TokenRequest& request, const Value::Diction
         probeVersion(context);
         return;
     }
-    // The version is asked for once in a process; its choice of scheme stays in force for all
-    // servers.
-    if (connection.authScheme == "Bearer")
-        m_deps.log.writeEntry(
-            "[TokenDelegate.getVersion] call token refresh process for " + context.serverUrl);
+    // The version is asked for once in a process: every later validation ends here, with Bearer.
+    m_deps.log.writeEntry(
+        "[TokenDelegate.getVersion] call token refresh process for " + context.serverUrl);
     context.completion(200, "success");
 }
 

@@ -19,7 +19,8 @@ class SettingsDomain;
 class StatusDisplay;
 class WriteToLog;
 
-/// `cause` says in one sentence why the call failed; it is empty when the server's own object came.
+/// `cause` says in one sentence why the call failed; it is empty when the object is the server's
+/// own.
 using ApiCompletion
     = std::function<void(const Value::Dictionary& result, const std::string& cause)>;
 
@@ -61,9 +62,9 @@ public:
 
     /// Asks for a token with the credentials of the connection state (`credentials` is their Base64
     /// form) and, the first time in the process, for the server's version. The outcome comes
-    /// through `completion`: (500, "failed") at once when no URL can be formed, else later. A
-    /// server version that is empty or has fewer than three parts ends without a call. What goes
-    /// on, and the cause of every failure, is shown as the status.
+    /// through `completion`: (500, "failed") at once when no URL can be formed, otherwise later. A
+    /// server version that is empty or has fewer than three parts ends without a call. The
+    /// progress, and the cause of every failure, are shown in the status line.
     void getToken(const std::string& serverUrl, const std::string& credentials,
         ValidationCompletion completion)
     {
@@ -76,7 +77,7 @@ public:
         requestToken(serverUrl, credentials, VersionProbe::Never, std::move(completion));
     }
 
-    /// Sends one call and hands back the server's object, or one that tells what went wrong.
+    /// Sends one call and passes on the server's object, or one that describes the failure.
     /// A URL that cannot be formed stops the process.
     void action(const ApiCall& call, ApiCompletion completion);
 

@@ -27,7 +27,7 @@ public:
     /// Paints the view's layer and refills the text view in the matching colour. A text view
     /// without text storage, or none, is left alone.
     void applyAppearance(bool dark, View& view, TextView* textView);
-    /// Disclaimer, feedback line, warning and licence, in the colour as it stands.
+    /// Disclaimer, feedback line, warning and licence, in the current colour.
     AttributedText noticeText();
 
 private:

@@ -52,7 +52,7 @@ extern "C" const char* __lsan_default_options()
 }
 
 // Qt 6.4 does not release what its D-Bus thread was given when a process ends; a program that does
-// nothing but show an empty combo box leaks the same. An object of ours that leaks is still told:
+// nothing but show an empty combo box leaks the same. A leak of our own is still reported:
 // what is hidden is only what Qt itself allocates, inside QObject's constructor and for D-Bus, and
 // what the D-Bus library below it does, which nothing of ours calls.
 extern "C" const char* __lsan_default_suppressions()

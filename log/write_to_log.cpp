@@ -37,7 +37,7 @@ void LogFile::startNewLogFile()
     const auto stamp = logTimestamp("file");
     auto path = logFolderPath();
     {
-        // The stamps stack on purpose: the name tells how often the file had to be started in this
+        // The stamps stack on purpose: the name shows how often the file had to be started in this
         // run.
         const std::lock_guard lock(m_nameMutex);
         m_fileName.insert(0, stamp + "_");

@@ -13,7 +13,7 @@
 
 namespace zarn {
 
-/// What the process entry needs of a backend: every adapter, built in order and lent out as
+/// What the process entry needs of a backend: creates and owns every adapter, and lends them out as
 /// services. Each backend defines the members, and the program links the one that the build chose.
 /// One per process. Main thread only.
 class Backend {
@@ -32,17 +32,18 @@ public:
         std::string reason;
     };
 
-    /// Guards the process; called first of all.
+    /// Hardens the process (no core dumps, for one). Called before anything else.
     static void prepareProcess();
     /// The keychains that can be forced.
     static std::span<const KeychainKind> keychainKinds();
     /// "Zarn Actions 1.0.0 (1)" and a line break.
     static std::string versionLine();
-    /// Checks the program's places and prints what it found; the exit code of the process.
+    /// Checks settings, keychain and folders and prints the results. Returns the exit code of the
+    /// process.
     static int diagnose(const Options& options);
 
-    /// Claims the place of the only running copy, then opens the display. Another copy is raised
-    /// instead, and nothing is started.
+    /// Makes sure that this is the only running copy, then opens the display. If another copy runs,
+    /// its window is raised and nothing is started.
     static Start start(const Options& options);
     ~Backend();
     Backend(const Backend&) = delete;
@@ -53,7 +54,8 @@ public:
     /// `work` ends the process when the display goes away, as it does at the end of a session. Any
     /// thread; no event loop runs any more then.
     void setDisplayLost(std::function<void()> work);
-    /// The event loop has ended. A start from now on waits for the end of this process.
+    /// To be called when the event loop has ended: another start then waits for the end of this
+    /// process.
     void announceEnding();
 
 private:

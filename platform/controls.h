@@ -83,7 +83,7 @@ public:
     virtual void addItem(std::string_view title) = 0;
     /// Adds several at once, as addItem does one by one.
     virtual void addItems(const std::vector<std::string>& titles) = 0;
-    /// Removes the item of that title; nothing when there is none.
+    /// Removes the item of that title, if any.
     virtual void removeItem(std::string_view title) = 0;
     /// Selects the item of that title; none when there is no such item.
     virtual void selectItem(std::string_view title) = 0;

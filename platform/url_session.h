@@ -85,7 +85,8 @@ enum class ServerTrust {
     AcceptAny
 };
 
-/// Each session asks it once, on the main thread, before its first connection.
+/// Decides how server certificates are checked. Each session asks it once, on the main thread,
+/// before its first connection.
 class UrlSessionDelegate {
 public:
     virtual ~UrlSessionDelegate() = default;
@@ -105,14 +106,16 @@ public:
 
     /// Starts the request off the main thread. `completion` runs on the main thread, once, and
     /// never before this call has returned. Without a byte for `timeout`, without a connection
-    /// within it, or after 300 s in all it ends without a response.
+    /// within it, or after 300 s in all it ends without a response. A `timeout` above 60 s counts
+    /// as 60 s.
     ///
-    /// Redirects: 301, 302 and 303 turn POST into GET, 307 and 308 keep method and body, at
-    /// most 16. A request that carries an Authorization header or a form body follows them only
-    /// within its own origin. Any other redirect, one from https to http, or the seventeenth is the
-    /// response. http is allowed to loopback hosts only. Only the session's headers, Host,
-    /// Content-Length and what the transport needs are sent. A carriage return, line feed or NUL in
-    /// a header or URL ends the request without a response. A body over 16 MiB is no response.
+    /// Redirects: 301 and 302 turn POST into GET, 303 every method but HEAD; 307 and 308 keep
+    /// method and body; at most 16. A request that carries an Authorization or Cookie header or
+    /// a body follows them only within its own origin. Any other redirect, one from https to http,
+    /// or the seventeenth is the response. http is allowed to loopback hosts only. Only the
+    /// session's headers, Host, Content-Length and what the transport needs are sent. A carriage
+    /// return, line feed or NUL in a header or URL ends the request without a response. A body over
+    /// 16 MiB is no response.
     virtual void dataTask(const UrlRequest& request, DataTaskCompletion completion) = 0;
 
     /// Lets the running tasks finish; the session starts no new ones.

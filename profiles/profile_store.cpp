@@ -104,9 +104,8 @@ void ProfileStore::trimProfiles(ProfileMap& profiles) const
 {
     if (profiles.size() <= profileTrimThreshold)
         return;
-    // One walk finds what pass after pass would remove: the undated in map order, since each pass
-    // stops at the first of them, then those dated before now, oldest first and in map order where
-    // equal. As in those passes, a date that is none matters only if a walk gets to it.
+    // Removed are profiles without a date, in map order, then those dated before now, oldest first
+    // and in map order where equal. A malformed date matters only if the walk reaches it.
     const auto now = m_clock.now();
     std::size_t surplus = profiles.size() - profileTrimThreshold;
     std::vector<std::pair<Date, ProfileMap::iterator>> dated;
@@ -124,7 +123,7 @@ void ProfileStore::trimProfiles(ProfileMap& profiles) const
         ++it;
     }
     const auto removed = std::min(surplus, dated.size());
-    // The map's own order breaks ties: candidates were collected in it.
+    // Stable: the map's own order breaks ties.
     std::stable_sort(
         dated.begin(), dated.end(), [](const auto& a, const auto& b) { return a.first < b.first; });
     for (std::size_t i = 0; i < removed; ++i)

@@ -13,8 +13,8 @@ namespace zarn {
 
 namespace {
 
-// The class in brackets is a set of characters, not the closing tag: a published version is cut at
-// its first "t" or "d", and the publisher knows.
+// The brackets hold a set of characters, not the closing tag: a published version is cut at its
+// first "t" or "d". The publisher knows.
 constexpr std::string_view latestVersionPattern
     = "(?<=<tr><td>Current Version<\\/td><td>)[^<\\/td>]+";
 

@@ -39,7 +39,7 @@ using namespace linux_backend;
 namespace {
 
 constexpr std::chrono::milliseconds portalPatience{60};
-// As long as a process that is ending may take.
+// How long a process may take to end.
 constexpr std::chrono::seconds endingPatience{15};
 
 std::string displayProblem()
@@ -51,7 +51,7 @@ std::string displayProblem()
     return "no display: neither DISPLAY nor WAYLAND_DISPLAY is set";
 }
 
-// The toolkit gives up in one case only while it starts: without a display.
+// While it starts, the toolkit aborts for one reason only: there is no display.
 void explainToolkitStart(QtMsgType type, const QMessageLogContext&, const QString&)
 {
     if (type != QtFatalMsg)
@@ -66,14 +66,14 @@ std::function<void()>& displayLost()
     return work;
 }
 
-// The toolkit's warnings are for developers, who ask for them. After those about a broken
-// connection it exits at once.
+// The toolkit's warnings are for developers, who can ask for them. After a warning about a broken
+// connection the toolkit exits at once.
 void handleToolkitMessage(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
     const bool isLost
         = message.contains("connection broke") || message.contains("connection experienced");
     if (isLost && displayLost()) {
-        // A second thread of the toolkit that notices it waits here instead of exiting.
+        // Another thread of the toolkit that notices the loss waits here instead of exiting.
         static std::mutex first;
         const std::lock_guard lock(first);
         displayLost()();
@@ -83,7 +83,7 @@ void handleToolkitMessage(QtMsgType type, const QMessageLogContext&, const QStri
         warn(message.toStdString());
 }
 
-/// The toolkit never sees our command line: it would take its own options from it.
+/// The toolkit never sees our command line: it would interpret options of its own there.
 class ToolkitArguments {
 public:
     int& count() { return m_count; }
@@ -123,7 +123,7 @@ struct Backend::Adapters {
     ThreadSerialQueues serialQueues;
     PosixFileManager fileManager{paths.home};
 
-    // From here on there is a display.
+    // From here on the display is open.
     struct WithDisplay;
     std::unique_ptr<WithDisplay> display;
 };

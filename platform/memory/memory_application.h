@@ -16,7 +16,7 @@
 
 namespace zarn::memory {
 
-/// A window that remembers. Records "front <title>".
+/// A window that keeps what is set. Records "front <title>".
 class MemoryWindow final : public Window {
 public:
     MemoryWindow(std::string title, std::vector<std::string>& events)
@@ -48,10 +48,10 @@ private:
     std::vector<std::string>& m_events;
 };
 
-/// Records "activate" and "terminate". A run is what `whileRunning` does.
+/// Records "activate" and "terminate". run() calls `whileRunning` in place of an event loop.
 class MemoryApplication final : public Application {
 public:
-    /// What the application needs of the storyboard.
+    /// The part of the storyboard that the application uses.
     struct Hooks {
         std::function<void()> showInitialWindow;
         std::function<std::vector<Window*>()> windows;
@@ -69,8 +69,7 @@ public:
         if (m_delegate && m_delegate->applicationShouldTerminateAfterLastWindowClosed())
             terminate();
     }
-    /// The user chooses a command of the program's own menu; false when there is none of that
-    /// title.
+    /// The user chooses a command of the program's own menu; false when no command has that title.
     [[nodiscard]] bool chooseMenuItem(std::string_view title);
     void activateIgnoringOtherApps() override { m_events.emplace_back("activate"); }
     void terminate() override
@@ -95,7 +94,7 @@ public:
     }
     bool isEnding() const { return m_ending; }
 
-    /// In their order; without them, the windows of the storyboard.
+    /// The windows in their order; when empty, those of the storyboard.
     std::optional<std::vector<Window*>> openWindows;
     unsigned modifierFlags = 0;
     std::function<void()> whileRunning;
@@ -133,7 +132,7 @@ public:
     }
     int runModal(const Alert& alert) override;
 
-    /// What the user does to the open alert; false when it has no such button or key.
+    /// The user presses a button of the open alert; false when it has no such button.
     bool press(std::string_view title);
     /// A key: "\r" for Return, else one character.
     bool pressKey(std::string_view key);

@@ -12,7 +12,7 @@ public:
     Date time{1740824100};
 };
 
-/// English dates at a fixed distance from UTC. Knows the letters y M d H m s E.
+/// English dates at a fixed offset from UTC. Supports the letters y M d H m s E.
 class MemoryDateFormatter final : public DateFormatter {
 public:
     std::string string(Date date, std::string_view pattern) const override;

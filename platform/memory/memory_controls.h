@@ -10,8 +10,8 @@
 #include <utility>
 #include <vector>
 
-/// Controls that only remember. What a user does is a function of MemoryWindowController (`type`,
-/// `click`, `choose`).
+/// Controls that only keep their state. A test acts as the user through MemoryWindowController
+/// (`type`, `click`, `choose`).
 namespace zarn::memory {
 
 /// Which control of a window has the keyboard focus.
@@ -19,8 +19,7 @@ struct MemoryFocus {
     Control* control = nullptr;
 };
 
-/// What code does to a control goes into the shared record as "<control> <what>", once somebody
-/// asks for it.
+/// Changes made by code are recorded as "<control> <what>" once recording is switched on.
 class ControlRecord {
 public:
     void recordAs(std::string name, std::vector<std::string>* events)
@@ -62,13 +61,13 @@ public:
 
     void shareFocus(MemoryFocus& focus) { m_focus = &focus; }
     bool hasFocus() const { return m_focus && m_focus->control == this; }
-    /// The keyboard focus comes here from wherever it was in the window.
+    /// Moves the keyboard focus of the window to this control.
     void takeFocus();
 
     std::string interfaceIdentifier;
 
 private:
-    /// Gives up the focus while the user cannot get at the control.
+    /// Gives up the focus while the control is hidden or disabled.
     void keepFocus()
     {
         const bool isUsable = m_enabled && !m_hidden;
@@ -99,7 +98,7 @@ private:
     std::string m_text;
 };
 
-/// A plain or a secure text field: the code above sees no difference.
+/// A plain or a secure text field: the interface makes no difference.
 class MemoryTextField final : public MemoryControlOf<TextField> {
 public:
     void setStringValue(std::string_view text) override
@@ -133,7 +132,7 @@ public:
         if (m_delegate && m_editable)
             m_delegate->controlTextDidEndEditing(this);
     }
-    /// The user types a text in place of what stood there.
+    /// The user replaces the field's text by typing.
     void type(std::string_view text)
     {
         const bool changes = m_text != text;
@@ -142,7 +141,7 @@ public:
             m_onChange();
     }
     TextFieldDelegate* delegate() const { return m_delegate; }
-    /// What stands on the screen.
+    /// The text on the screen.
     std::string shownText() const { return isSecure ? std::string(m_text.size(), '*') : m_text; }
 
     int timesFirstResponder = 0;
@@ -228,7 +227,7 @@ public:
     std::vector<std::string> itemTitles() const override;
     void insertSeparator(std::size_t index);
     bool hasSelection() const { return m_selected.has_value(); }
-    /// The user chooses an item; false when there is none of that title.
+    /// The user chooses an item; false when no item has that title.
     bool choose(std::string_view title);
     /// The items as a user sees them, a separator as "-".
     std::vector<std::string> shownItems() const;
@@ -312,7 +311,7 @@ public:
     }
     AttributedText attributedText() const { return m_text; }
 
-    /// What stands on the screen.
+    /// The text on the screen.
     std::string shownText() const;
     /// The address that a click on this stretch of text opens.
     std::optional<std::string> linkOf(std::string_view text) const;

@@ -30,7 +30,7 @@ public:
         if (it == m_owner.files.end())
             return;
         auto& contents = it->second;
-        // The end is where it is when the bytes come: lines of several writers stay whole.
+        // Appends where the file ends at this moment: lines of several writers stay whole.
         const auto at = m_atEnd ? contents.size() : std::min(m_offset, contents.size());
         contents.replace(at, std::min(bytes.size(), contents.size() - at), bytes);
         m_offset = at + bytes.size();

@@ -12,7 +12,7 @@
 namespace zarn::memory {
 
 /// Files in memory, by full path. Records "create", "list" and "remove" with the path.
-/// The interface may be used from any thread; the members only while nobody uses it.
+/// The interface may be used from any thread, the public members only while no thread does.
 class MemoryFileManager final : public FileManager {
 public:
     explicit MemoryFileManager(std::vector<std::string>& events)

@@ -11,8 +11,8 @@
 
 namespace zarn::memory {
 
-/// A keychain in memory, in the order of writing. Records calls as "add ...", "update ...", "copy
-/// ...".
+/// A keychain in memory that keeps the order of writing. Records calls as "add ...", "update ..."
+/// and "copy ...".
 class MemoryKeychain final : public Keychain {
 public:
     explicit MemoryKeychain(std::vector<std::string>& events)

@@ -14,8 +14,8 @@
 
 namespace zarn::memory {
 
-/// The controls of one view. Until it is laid out, there is a control for every name that is asked
-/// for; some can be missing on purpose.
+/// The controls of one view. Until the view is laid out, every name that is looked up gets a
+/// control, except those that a test declares missing.
 class MemoryOutlets final : public OutletSource {
 public:
     Label* label(std::string_view name) override { return find(labels, name); }
@@ -47,7 +47,7 @@ public:
     MemoryImageView& imageViewNamed(std::string_view name) { return made(imageViews, name); }
     MemoryTextView& textViewNamed(std::string_view name) { return made(textViews, name); }
 
-    /// From now on, what code does to any control made so far goes into `events`.
+    /// From now on, changes that code makes to the existing controls are recorded in `events`.
     void recordInto(std::vector<std::string>* events);
 
     template <typename T> using Controls = std::map<std::string, std::unique_ptr<T>, std::less<>>;
@@ -62,7 +62,7 @@ public:
     MemoryProgressIndicator spinner;
     std::set<std::string, std::less<>> missing;
     MemoryFocus focus;
-    /// From now on there are no other controls than those made so far.
+    /// From now on no further controls are made.
     bool isLaidOut = false;
     /// The pop-up button and the spinner are there too.
     bool hasServerMenu = true;

@@ -10,7 +10,7 @@
 
 namespace zarn::memory {
 
-/// A queue that runs its work when the test says so, on the test's thread.
+/// A queue that runs its work when the test says so, on the thread of the test.
 class MemorySerialQueue final : public SerialQueue {
 public:
     explicit MemorySerialQueue(std::string label)
@@ -38,9 +38,9 @@ public:
     }
     const std::string& label() const override { return m_label; }
 
-    /// For how long in all drain() is in vain; it does not really wait.
+    /// How long drain() fails, in sum over its calls; it does not really wait.
     std::chrono::milliseconds busyFor{0};
-    /// Where work is recorded that is submitted, if anywhere.
+    /// Where submitted work is recorded, if set.
     std::vector<std::string>* events = nullptr;
     std::size_t pending() const { return m_work.size(); }
     void runAll()

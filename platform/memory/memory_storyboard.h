@@ -14,8 +14,8 @@
 
 namespace zarn::memory {
 
-/// A view that remembers. Records "segue <identifier>" and "dismiss", and "size <width> x <height>"
-/// once sizes are asked for.
+/// A view that keeps its state. Records "segue <identifier>" and "dismiss", and "size <width> x
+/// <height>" when the recording of sizes is on.
 class MemoryView final : public View {
 public:
     explicit MemoryView(std::vector<std::string>& events)
@@ -49,7 +49,7 @@ private:
     bool m_hasLayer = false;
 };
 
-/// A window controller with everything it shows, and what a user can do there.
+/// A window controller with its controls and the actions of a user.
 class MemoryWindowController final : public WindowController {
 public:
     MemoryWindowController(std::string title, std::vector<std::string>& events)
@@ -65,7 +65,7 @@ public:
     [[nodiscard]] bool click(std::string_view name);
     /// Chooses an item of the pop-up button; false when it is hidden or has no such item.
     [[nodiscard]] bool choose(std::string_view title);
-    /// Types into a field in place of what stood there; false when the user cannot.
+    /// Replaces a field's text by typing; false when a user could not.
     [[nodiscard]] bool type(std::string_view name, std::string_view text);
     /// The keyboard focus leaves a field.
     void leave(std::string_view name) { outlets.fieldNamed(name).endEditing(); }
@@ -101,15 +101,15 @@ public:
     std::unique_ptr<WindowController> instantiateInitialController() override;
     void showWindow(std::unique_ptr<WindowController> controller) override;
 
-    /// Closes a shown window and ends its controller. Closing the last one is told.
+    /// Closes a shown window and ends its controller. The delegate hears of the last one.
     void close(std::size_t index);
-    /// The user closes the window of that title; false when its style mask does not let him.
+    /// The user closes the window of that title; false when its style mask does not allow it.
     [[nodiscard]] bool closeByUser(std::string_view title);
     /// The windows on screen, in the order in which they were shown.
     std::vector<Window*> windows() const;
-    /// Control is back in the event loop: controllers that were dismissed end.
+    /// Control returns to the event loop: dismissed controllers are destroyed.
     void endDismissed() { m_dismissed.clear(); }
-    /// The program ends: every window goes without a word.
+    /// The program ends: every window is destroyed without a callback.
     void closeAll();
     /// The terms-of-use view while it is presented, else nullptr.
     MemoryWindowController* terms() const { return m_terms.get(); }

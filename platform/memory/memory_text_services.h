@@ -6,7 +6,7 @@
 namespace zarn::memory {
 
 /// ASCII letters by the alphabet, lower case before upper case on a tie; everything else by its
-/// bytes. Of regular expressions it knows `(?<=literal)[^characters]+`, with "\/" for "/".
+/// bytes. Of regular expressions it supports `(?<=literal)[^characters]+`, with "\/" for "/".
 class MemoryTextServices final : public TextServices {
 public:
     int localizedCompare(std::string_view a, std::string_view b) const override;

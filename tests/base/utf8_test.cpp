@@ -32,7 +32,7 @@ TEST(Utf8, RefusesMalformedSequences)
 }
 
 // Decodes by arithmetic: as many bytes as the first one has leading ones, six bits from each that
-// follows; then the value tells whether this was its shortest form and is a character at all.
+// follows; then the value decides whether this was its shortest form, and a character at all.
 bool decodes(std::string_view bytes)
 {
     constexpr std::array<std::uint32_t, 5> least{0, 0, 0x80, 0x800, 0x10000};

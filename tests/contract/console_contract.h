@@ -10,7 +10,7 @@
 
 namespace zarn {
 
-/// Lends a console and tells what was written to it.
+/// Lends a console and returns what was written to it.
 class ConsoleFixture {
 public:
     virtual ~ConsoleFixture() = default;

@@ -78,7 +78,8 @@ struct ProbeRecord {
     std::map<std::string, std::function<void(View&)>> onWillAppear;
 };
 
-/// Records what it is told: "<class> <callback>", and "<action>" for the use of a control.
+/// Records its callbacks and actions: "<class> <callback>", and "<action>" for the use of a
+/// control.
 class ProbeController final : public ViewController {
 public:
     ProbeController(std::string customClass, ProbeRecord& record);

@@ -29,7 +29,7 @@ TEST_F(SerialQueueContract, WorkNeverRunsWithinTheCallThatSubmitsIt)
     std::mutex submitting;
     bool hasRun = false;
     {
-        // Work that ran within async() would stand still here for ever.
+        // Work that ran within async() would stand still here forever.
         const std::lock_guard lock(submitting);
         queue->async([&] {
             const std::lock_guard inner(submitting);

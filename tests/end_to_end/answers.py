@@ -70,7 +70,7 @@ def probe(pid, window):
     try:
         window.get_name()
     except GLib.Error:
-        pass  # It took too long, or the window went: the time tells which.
+        pass  # It took too long, or the window is gone: the time shows which.
     end = time.monotonic()
     return (end - between) - (between - start) - (waited_for_the_machine(pid) - waited)
 

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 """The session manager of an X11 desktop: prints its address, and ends the session at a line on standard input.
 
-It asks each program to save its state for the end of the session, waits for the answer and tells it to end.
+It asks each program to save its state for the end of the session, waits for the reply and asks it to end.
 """
 
 import ctypes

@@ -82,7 +82,7 @@ class Damage(WorldTest):
         wait_for(lambda: self.password_length() == len(DemoServer.PASSWORD), "the stored password")
 
     def assert_kept(self, path, contents, line, pattern):
-        """One copy with these bytes, and a line that tells both names."""
+        """One copy with these bytes, and a line that names both."""
         kept = copies(path)
         self.assertEqual(len(kept), 1, kept)
         self.assertRegex(kept[0], r"\.damaged-\d{8}T\d{6}Z\Z")
@@ -118,7 +118,7 @@ class Damage(WorldTest):
                 self.end()
                 self.assertEqual(len(copies(path)), 1)
                 count += 1
-        print(f"{count} damaged settings files ({domain}): started, kept and told in one line each")
+        print(f"{count} damaged settings files ({domain}): started, kept and reported in one line each")
 
     def test_damaged_standard_settings(self):
         def look():
@@ -181,8 +181,8 @@ class Damage(WorldTest):
             self.assertEqual(read(self.keychain), damaged)
             self.assertEqual(read(self.key), key)
             self.assertEqual(copies(self.keychain) + copies(self.key), [])
-        print(f"{len(changed)} changed keychain files: started, left untouched and told in one line each")
-        # With the file mended everything is there again.
+        print(f"{len(changed)} changed keychain files: started, left untouched and reported in one line each")
+        # With the file repaired everything is there again.
         put(self.keychain, whole)
         self.start()
         self.shows_the_stored_profile()

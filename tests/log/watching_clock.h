@@ -8,7 +8,7 @@
 
 namespace zarn {
 
-/// A clock that tells when somebody looks at it. The log does once for each line, before it is
+/// A clock that reports when it is read. The log does once for each line, before it is
 /// written: so a test sees where a line stands among other things that happen.
 class WatchingClock final : public Clock {
 public:

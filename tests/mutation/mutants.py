@@ -1,7 +1,7 @@
 # SPDX-License-Identifier: MIT
 """The mutants of a C++ source in the house format: small changes that a good test must notice.
 
-Works on the tokens of the text, not on a parse tree: the house format tells a binary operator (blanks on
+Works on the tokens of the text, not on a parse tree: the house format marks a binary operator (blanks on
 both sides) from a template's bracket, a reference or a sign. What it takes wrongly does not compile, and
 what does not compile does not count.
 """

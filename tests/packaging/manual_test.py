@@ -88,9 +88,9 @@ class ManualTest(unittest.TestCase):
         for program in PROGRAMS[1:]:
             with self.subTest(program):
                 listed = re.findall(r"(?m)^ +(\d) ", section(rendered(program), "EXIT STATUS"))
-                told = re.findall(r"(?<![\w.-])(\d) +[a-z]", section(help_of(program), "exit status"))
-                self.assertEqual(listed, told)
-                self.assertGreater(len(told), 3)
+                reported = re.findall(r"(?<![\w.-])(\d) +[a-z]", section(help_of(program), "exit status"))
+                self.assertEqual(listed, reported)
+                self.assertGreater(len(reported), 3)
 
     def test_the_troubleshooting_page_explains_every_alert(self):
         with open(os.path.join(SOURCE, "docs/troubleshooting.md"), encoding="utf-8") as file:

@@ -255,13 +255,14 @@ TEST_F(KeychainFolderFaults, ADamagedFileThatCannotBeRenamedIsNotReplaced)
         ::chmod(data.c_str(), 0500);
         lines.clear();
         EXPECT_EQ(copy("first"), keychain_status::ioFailure);
-        const std::vector<std::string> told{"keychain: the keychain file is damaged and reads as "
-                                            "empty (cannot rename the damaged "
+        const std::vector<std::string> reported{
+            "keychain: the keychain file is damaged and reads as "
+            "empty (cannot rename the damaged "
             + file + ": Permission denied)"};
-        EXPECT_EQ(lines, told);
+        EXPECT_EQ(lines, reported);
         lines.clear();
         EXPECT_EQ(add("second"), keychain_status::ioFailure);
-        EXPECT_EQ(lines, told);
+        EXPECT_EQ(lines, reported);
         EXPECT_EQ(contentsOf(file), "no keychain");
         return true;
     }));

@@ -97,7 +97,7 @@ TEST_F(SettingsDamage, EveryTruncationIsKeptAndTheProgramGoesOn)
         startOn(sample.substr(0, length));
         ASSERT_EQ(damaged, static_cast<int>(length) + 1);
     }
-    std::printf("Settings damage: %d truncations kept and told in one line each\n", damaged);
+    std::printf("Settings damage: %d truncations kept and reported in one line each\n", damaged);
 }
 
 TEST_F(SettingsDamage, NoMutationIsLostOrStopsTheProgram)
@@ -130,8 +130,8 @@ TEST_F(SettingsDamage, NoMutationIsLostOrStopsTheProgram)
             break;
         ++done;
     }
-    std::printf(
-        "Settings damage: %d random mutations, %d of them damage, kept and told in one line each\n",
+    std::printf("Settings damage: %d random mutations, %d of them damage, kept and reported in one "
+                "line each\n",
         done, damaged);
     EXPECT_GT(damaged, rounds / 4);
 }

@@ -123,9 +123,9 @@ def fail_at(write, error, call):
         struck = [line for line in world.trace().splitlines() if "INJECTED" in line]
         if not struck or call.on_files and world.folder not in struck[0]:
             raise Failure(f"something else was struck: {struck}")
-        # A failed read is told by the settings, and by the tool that cannot go on without it.
-        told = len(run.stderr.splitlines())
-        if run.returncode not in (0, 3) or (run.returncode == 3 and told not in (1, 2)):
+        # A failed read is reported by the settings, and by the tool that cannot go on without it.
+        reported = len(run.stderr.splitlines())
+        if run.returncode not in (0, 3) or (run.returncode == 3 and reported not in (1, 2)):
             raise Failure(f"ended with {run.returncode}: {run.stderr}")
         world.check(run.returncode == 0)
         return True

@@ -145,7 +145,7 @@ std::optional<Fault> parseFault(std::string_view form, std::string& error)
         }
         const auto count = number(value);
         if (!count || !setNumber(fault, key, *count)) {
-            error = "field \"" + key + "\" is unknown or its number is none";
+            error = "field \"" + key + "\" is unknown or its number is invalid";
             return std::nullopt;
         }
     }

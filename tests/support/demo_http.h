@@ -40,7 +40,7 @@ struct Reply {
     int status = 200;
     std::string reason;
     Headers headers;
-    /// The body is `bodyStart`, then `body` `repeat` times (for ever when endless), then `bodyEnd`.
+    /// The body is `bodyStart`, then `body` `repeat` times (forever when endless), then `bodyEnd`.
     std::string bodyStart;
     std::string body;
     std::uint64_t repeat = 1;

@@ -141,7 +141,7 @@ TEST(DemoServer, AFaultThatCannotBeReadIsRefused)
 {
     std::string error;
     EXPECT_FALSE(parseFault("colour=red", error));
-    EXPECT_EQ(error, "field \"colour\" is unknown or its number is none");
+    EXPECT_EQ(error, "field \"colour\" is unknown or its number is invalid");
     EXPECT_FALSE(parseFault("status=many", error));
     EXPECT_FALSE(parseFault("header=NoColon", error));
     EXPECT_TRUE(parseFault("", error));

@@ -11,7 +11,7 @@ LIMIT = 60
 
 def run(command, **how):
     """Like subprocess.run, but its limit ends everything that the command started: ending strace alone
-    would leave the traced program running, and one that spins would do so for ever."""
+    would leave the traced program running, and one that spins would do so forever."""
     with subprocess.Popen(command, text=True, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
                           start_new_session=True, **how) as process:
         try:

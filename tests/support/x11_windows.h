@@ -102,7 +102,7 @@ public:
         xcb_destroy_window(m_connection, window);
         sync();
     }
-    /// Without waiting: for windows that no event tells of.
+    /// Without waiting: for windows that no event announces.
     void map(xcb_window_t window)
     {
         xcb_map_window(m_connection, window);

@@ -9,9 +9,9 @@
 #include <string>
 #include <string_view>
 
-/// Private files that are replaced as a whole: after a crash at any moment the old or the new
-/// contents are there. Files are 0600 in 0700 folders whatever the umask; links are never followed.
-/// Any thread.
+/// Private files that are replaced as a whole: after a crash at any moment either the old or the
+/// new contents are there. Files are 0600 in 0700 folders whatever the umask; links are never
+/// followed. Any thread.
 namespace zarn::linux_backend {
 
 /// Identifies one state of a file. All zero when the file does not exist.
@@ -25,8 +25,8 @@ struct FileStamp {
 
 FileStamp stampOf(const std::string& path);
 
-/// A file that is kept open: the system gives its inode to no other file meanwhile, so that an
-/// equal stamp means the same file.
+/// A file that is kept open, so that the system cannot reuse its inode: an equal stamp then means
+/// the same file.
 struct HeldFile {
     Descriptor descriptor;
     FileStamp stamp;
@@ -60,8 +60,8 @@ Result<HeldFile> replacePrivateFile(const std::string& path, std::string_view co
 /// Removes a file durably. Success when it does not exist.
 Status removePrivateFile(const std::string& path);
 
-/// Renames the damaged file at `path` to `<path>.damaged-<time>` and returns that name. Call with
-/// the lock held, after reading the damaged contents under that lock.
+/// Renames the damaged file at `path` to `<path>.damaged-YYYYMMDDTHHMMSSZ` (UTC) and returns that
+/// name. Call with the lock held, after reading the damaged contents under that lock.
 Result<std::string> setDamagedFileAside(const std::string& path);
 
 /// "<what> <path>: <reason>", for an error number of the system.

@@ -38,8 +38,7 @@ public:
     /// SIGUSR1 before: a window that starts may take this process for one for a moment.
     Outcome claimForCommand(const std::string& path, std::chrono::milliseconds patience);
     void release() { m_file = Descriptor(); }
-    /// The token that the last start handed over, once; empty if there is none, or something else
-    /// in its place.
+    /// Returns and forgets the token that the last start handed over; empty without a valid one.
     std::string takeActivationToken() const;
     /// From now on a new start waits for the end of this process instead of calling on it.
     void announceEnding() const;

@@ -27,7 +27,7 @@ bool hasAlternativeName(X509* certificate)
 }
 
 // libcurl falls back to the common name of a certificate without alternative names. That name is
-// outside the name constraints of an authority, so nobody else takes it any more.
+// not subject to the name constraints of an authority, so modern clients ignore it.
 int verifyHasName(int good, X509_STORE_CTX* store)
 {
     if (!good || X509_STORE_CTX_get_error_depth(store) != 0)

@@ -113,7 +113,7 @@ private:
             && set(CURLOPT_FOLLOWLOCATION, 0L) && set(CURLOPT_DISALLOW_USERNAME_IN_URL, 1L)
             && set(CURLOPT_HTTP_VERSION, long{CURL_HTTP_VERSION_1_1})
             && set(CURLOPT_HTTP09_ALLOWED, 0L)
-            // Not asked for (see headerList), but understood when a server compresses unasked.
+            // Not requested (see headerList), but decoded when a server compresses anyway.
             && set(CURLOPT_ACCEPT_ENCODING, "gzip, deflate")
             && set(CURLOPT_NETRC, long{CURL_NETRC_IGNORED});
         if (isPost) {
@@ -145,7 +145,7 @@ private:
             // The request's own headers are for its server, never for a proxy on the way.
             && set(CURLOPT_HEADEROPT, long{CURLHEADER_SEPARATE})
             && set(CURLOPT_SUPPRESS_CONNECT_HEADERS, 1L)
-            // http stays on this machine: a proxy would read all of it.
+            // http stays on this machine: a proxy could read all of it.
             && (m_hop.url.https || set(CURLOPT_PROXY, ""));
     }
 
@@ -178,13 +178,13 @@ private:
             return false;
         if (message->data.result == CURLE_OK)
             return m_headComplete || fail(UrlErrorCode::BadReply, "what came is not HTTP");
-        // What a callback refused is known better than what libcurl makes of it.
+        // The reason for which a callback refused is more precise than libcurl's error.
         if (!m_hasFailed)
             m_error = urlErrorOf(m_easy.get(), message->data.result, m_detail.data());
         return false;
     }
 
-    /// Returns false, as what fails here does.
+    /// Records the error and returns false.
     bool fail(UrlErrorCode code, const char* text)
     {
         m_hasFailed = true;
@@ -192,7 +192,7 @@ private:
         return false;
     }
 
-    // Until the nearest limit; rounded up, so that a wait ends at it and not just before.
+    // Until the nearest limit; rounded up, so that a wait does not end just before it.
     std::chrono::milliseconds timeLeft()
     {
         const auto now = Clock::now();
@@ -212,7 +212,7 @@ private:
         return std::chrono::ceil<std::chrono::milliseconds>(end - now);
     }
 
-    // What the system counts: libcurl reports a header only when its line is complete.
+    // Counted by the system: libcurl reports a header only when its line is complete.
     std::uint64_t bytesOnTheWire() const
     {
         std::uint64_t sum = 0;
@@ -247,7 +247,7 @@ private:
             m_headComplete = m_status >= 200;
             if (m_headComplete)
                 m_redirect = redirect();
-            // Nothing was upgraded, so what follows a 101 is no reply.
+            // No upgrade was requested, so what follows a 101 is not a reply.
             return m_status != 101 || fail(UrlErrorCode::BadReply, "the server changes protocol");
         }
         const auto colon = line.find(':');
@@ -291,7 +291,7 @@ private:
     static curl_socket_t onOpenSocket(void* self, curlsocktype, curl_sockaddr* address)
     {
         auto* transfer = static_cast<Transfer*>(self);
-        // Whatever a name resolves to, what is not encrypted does not leave this machine.
+        // Unencrypted requests never leave this machine, whatever the name resolves to.
         if (!transfer->m_hop.url.https && !isLoopbackAddress(*address)) {
             transfer->fail(UrlErrorCode::InsecureHttp, "http is allowed to this computer only");
             return CURL_SOCKET_BAD;

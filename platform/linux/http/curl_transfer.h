@@ -29,7 +29,7 @@ private:
     void* m_multi = nullptr;
 };
 
-/// What a task is to do, redirects included. Plain values: it travels to the worker thread.
+/// What a task has to do, including its redirects. Plain values: it is handed to the worker thread.
 struct CurlJob {
     HttpHop first;
     HttpHeaders headers;

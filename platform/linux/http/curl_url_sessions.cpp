@@ -111,7 +111,7 @@ private:
         task.completion(reply);
     }
 
-    // An error for a request that must not be sent.
+    // The error of a request that must not be sent.
     Result<CurlJob, UrlError> makeJob(const UrlSessionConfiguration& configuration,
         ServerTrust trust, const UrlRequest& request) const
     {

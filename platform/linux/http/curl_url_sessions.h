@@ -14,7 +14,7 @@ namespace zarn::linux_backend {
 /// Sessions on libcurl. Each task runs on a thread of its own and comes back through the main
 /// queue, which outlives the sessions. Main thread only, but made on any thread.
 ///
-/// What the rules of platform/url_session.h leave open is decided for safety: a URL with a user
+/// Where platform/url_session.h leaves a choice, the safer one is taken: a URL with a user
 /// name, a header that belongs to the transport or one with a control character ends without a
 /// response; a body of any kind counts as credentials; a session that accepts any certificate
 /// refuses to send credentials at all; http never goes through a proxy. There is no cache.

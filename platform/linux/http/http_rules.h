@@ -30,10 +30,11 @@ bool hasHeader(const HttpHeaders& headers, std::string_view name);
 /// Without blanks and tabs at both ends.
 std::string_view withoutOuterBlanks(std::string_view text);
 
-/// Whether a request carries what only its own server may see: a header that authorises, or a body.
+/// Whether a request carries something that only its own server may see: an authorization header or
+/// a body.
 bool carriesCredentials(const HttpHeaders& headers, const std::optional<std::string>& body);
 
-/// Where a reply leads. With neither member it is no redirect.
+/// Where a reply leads. With neither member set it is not a redirect.
 struct Redirect {
     std::optional<HttpHop> next;
     std::optional<UrlError> refused;

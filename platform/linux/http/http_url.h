@@ -8,8 +8,8 @@
 
 namespace zarn::linux_backend {
 
-/// The address of an HTTP request, taken apart. Nothing is guessed: what is not plainly an http or
-/// https address is none. Any thread.
+/// The parts of an HTTP request's address. Nothing is guessed: a text that is not plainly an http
+/// or https address is rejected. Any thread.
 struct HttpUrl {
     bool https = false;
     /// Lower-case ASCII, beyond ASCII after IDNA; an IPv6 address in its usual form, without

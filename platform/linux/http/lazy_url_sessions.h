@@ -24,7 +24,7 @@ public:
 
     std::shared_ptr<UrlSession> makeSession(
         const UrlSessionConfiguration& configuration, UrlSessionDelegate& delegate) override;
-    /// Nothing is ever kept, so this does not load anything.
+    /// No reply is ever cached, so this does not load the library.
     void removeAllCachedResponses() override { }
 
 private:

@@ -7,8 +7,9 @@
 
 namespace zarn::linux_backend {
 
-/// Items in one encrypted file, protected by file permissions: the key lies in another folder, so
-/// that a copy of the data folder alone tells nothing. Several processes may use it at a time.
+/// Items in one encrypted file, protected by file permissions. The key lies in another folder, so
+/// that a copy of the data folder alone reveals nothing. Several processes may use it at the same
+/// time.
 class FileKeychain final : public KeychainStore {
 public:
     FileKeychain(std::string dataFolder, std::string stateFolder, CallContext& call);
@@ -21,10 +22,10 @@ public:
 
     /// Whether a keychain file is there, in whatever state.
     bool exists() const;
-    /// Everything, secrets included, for moving to another store.
+    /// All items with their secrets, for moving them to another store.
     KeychainStatus read(KeychainContents& contents) const;
-    /// Takes the given items out, unless their secret has changed since; an empty keychain's files
-    /// are deleted, the key last.
+    /// Removes the given items, except those whose secret has changed since. The files of an empty
+    /// keychain are deleted, the key last.
     KeychainStatus remove(const std::vector<StoredItem>& items);
 
 private:

@@ -9,7 +9,7 @@
 
 namespace zarn::linux_backend {
 
-/// Owns a GLib thing, given the function that releases it.
+/// Owns a GLib object, given the function that releases it.
 template <auto release> struct GlibRelease {
     template <typename T> void operator()(T* thing) const { release(thing); }
 };

@@ -39,11 +39,11 @@ struct KeychainContents {
 
 enum class KeychainFileState {
     Opened,
-    /// No keychain file at all: another magic, or shorter than a header.
+    /// Not a keychain file: another magic, or shorter than a header.
     Damaged,
     /// Written by a newer program.
     UnknownVersion,
-    /// Another key, or changed since it was written.
+    /// Written with another key, or changed since.
     Refused,
 };
 
@@ -55,15 +55,15 @@ struct OpenedKeychain {
 /// `key` has keychainKeySize bytes.
 OpenedKeychain openKeychainFile(std::string_view bytes, std::string_view key);
 
-/// Empty when no random numbers can be had or the contents are too large.
+/// Empty when the system gives no random numbers or the contents are too large.
 std::string sealKeychainFile(const KeychainContents& contents, std::string_view key);
 
-/// The two directions of the encrypted part. Writing answers nothing for contents that are too
-/// large; reading answers false unless the bytes are exactly the items.
+/// Write and read the encrypted part. Writing returns an empty result for contents that are too
+/// large; reading returns false unless the bytes are exactly the items.
 Wiped<std::string> plainKeychainItems(const std::vector<StoredItem>& items);
 bool parseKeychainItems(std::string_view plain, std::vector<StoredItem>& items);
 
-/// A random key; empty when no random numbers can be had.
+/// A random key; empty when the system gives no random numbers.
 std::string newKeychainKey();
 
 } // namespace zarn::linux_backend

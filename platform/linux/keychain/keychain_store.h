@@ -21,7 +21,7 @@ inline constexpr std::array<KeychainKind, 2> keychainKinds{
     {{"secret-service", "keep secrets in the keyring service of the desktop, nowhere else"},
         {"file", "keep secrets in a file protected by file permissions"}}};
 
-/// The choice that a command line names: one of keychainKinds.
+/// The kind that a command line names: one of keychainKinds.
 std::optional<KeychainChoice> keychainChoice(std::string_view name);
 
 /// An item with its times, in seconds since 1970-01-01 00:00 UTC.
@@ -66,7 +66,7 @@ struct KeychainOptions {
 /// Options with this user's folders.
 KeychainOptions keychainOptions(KeychainChoice choice);
 
-/// The text for a status; none for any other number.
+/// The text for a status; nothing for any other number.
 std::optional<std::string> keychainMessageText(KeychainStatus status);
 
 } // namespace zarn::linux_backend

@@ -37,15 +37,15 @@ public:
         : KeychainThread(mainQueue, std::move(openStore), Limits{})
     {
     }
-    /// No call may be waiting. What the thread still does, it gives up.
+    /// No call may be waiting. Work that is still running is given up.
     ~KeychainThread() override;
     KeychainThread(const KeychainThread&) = delete;
     KeychainThread& operator=(const KeychainThread&) = delete;
 
     /// Opens the store in the background, so that the first call need not wait for it.
     void preload();
-    /// The program ends: from now on there is one limit for all calls together, so that the last of
-    /// them fails in time to be logged. Main thread.
+    /// To be called when the program ends: from then on one limit holds for all calls together, so
+    /// that the last of them fails in time to be logged. Main thread.
     void announceEnding();
 
     KeychainStatus add(const KeychainItem& item) override;

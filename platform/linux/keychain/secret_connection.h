@@ -10,10 +10,10 @@
 namespace zarn::linux_backend {
 
 /// The address of the session bus; nothing when the environment names none. A bus is never started
-/// for the occasion: its keyring would not be the user's.
+/// for this: its keyring would not be the user's.
 std::optional<std::string> sessionBusAddress();
 
-/// What became of a call to the keyring service.
+/// The outcome of a call to the keyring service.
 enum class CallOutcome {
     Answered,
     Absent,
@@ -42,7 +42,7 @@ public:
     SecretConnection(const SecretConnection&) = delete;
     SecretConnection& operator=(const SecretConnection&) = delete;
 
-    /// Asks the bus for the service without talking to it: Answered when it runs or can be started.
+    /// Asks the bus about the service without calling it: Answered when it runs or can be started.
     CallOutcome find();
     /// Opens the session. Absent: the bus answers, and neither runs such a service nor can start
     /// one.

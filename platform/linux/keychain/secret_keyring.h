@@ -41,7 +41,7 @@ public:
     /// The same for a method that changes something: a refusal means that nothing can be changed.
     Reply change(const char* path, const char* interface, const char* method, GVariant* arguments,
         const char* replyType);
-    /// What the service gave is of no use.
+    /// The service's reply cannot be used.
     KeychainStatus refused(const std::string& why) { return failed(CallOutcome::Refused, why); }
 
     /// The session that secrets are encrypted for. Only after prepare().

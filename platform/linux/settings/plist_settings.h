@@ -40,7 +40,7 @@ private:
     struct Seen;
     const PlistDocument& current() const;
     Result<std::shared_ptr<Seen>> look() const;
-    // With the lock held: a damaged file is set aside.
+    // With the lock held: a damaged file is set aside (see durable_file.h for its new name).
     Result<std::shared_ptr<Seen>> lookUnderLock() const;
     Result<std::shared_ptr<Seen>> lookAndSetAside() const;
     Status change(const std::function<bool(PlistDocument&)>& apply);

@@ -19,8 +19,8 @@ namespace {
 constexpr auto help = R"(usage: zarn-keychain [--keychain=secret-service|file] [--json] list
        zarn-keychain [--keychain=...] [--access-group=GROUP] [--force] show SERVICE [ACCOUNT]
 
-Reads the items that Zarn Actions keeps, from the desktop's keyring service or, where there
-provably is none, from the encrypted file keychain. Changes no item.
+Reads the items that Zarn Actions keeps, from the desktop's keyring service or, where no such
+service exists, from the encrypted file keychain. Changes no item.
 
   list   prints one line for each item: service, tab, account, tab, access group. No secrets.
          Control characters and backslashes are printed as \xNN.

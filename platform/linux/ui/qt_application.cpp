@@ -195,7 +195,7 @@ int QtApplication::run(ApplicationDelegate& delegate)
         return 0;
     auto initial = m_storyboard.instantiateInitialController();
     delegate.applicationDidFinishLaunching();
-    // A window is painted while it is told that it has become visible.
+    // A window is painted while it handles the event that it has become visible.
     if (m_afterFirstPaint)
         new FirstEvent(*m_application, {QEvent::Expose},
             [this] { QTimer::singleShot(0, m_application.get(), m_afterFirstPaint); });

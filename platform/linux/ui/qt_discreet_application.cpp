@@ -12,7 +12,7 @@ constexpr quint32 firstNumber = 0x10000;
 /// Longer than the toolkit waits for the registry before it delivers a key.
 constexpr qint64 registryLimitMs = 1000;
 
-/// A key press or release that tells nothing but its number, which takes the place of its scan
+/// A key press or release that reveals nothing but its number, which takes the place of its scan
 /// code. It stays spontaneous, as the toolkit passes on no other keys.
 class HiddenKey final : public QKeyEvent {
 public:

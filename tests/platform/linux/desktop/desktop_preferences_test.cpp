@@ -96,7 +96,7 @@ TEST(DesktopPreferencesTest, AChangeFromNoPreferenceToLightIsNoChange)
     portal.waitForFirstReply(10s);
     const Ear ear(portal);
     desktop.setColorScheme(2);
-    desktop.setColorScheme(1); // Signals arrive in order: this one tells that the first has come.
+    desktop.setColorScheme(1); // Signals arrive in order: this one shows that the first has come.
     ASSERT_TRUE(runEventsUntil([&] { return portal.prefersDark(); }));
     EXPECT_EQ(ear.heard, 1);
 }

@@ -109,7 +109,7 @@ protected:
         std::filesystem::remove_all(folder);
     }
 
-    /// A first copy that says 'f', then 'r' for each raise; told something, it ends properly.
+    /// A first copy that writes 'f', then 'r' for each raise; any input ends it properly.
     std::function<int(int, int)> firstCopy() const
     {
         return [path = path](int toUs, int fromUs) {
@@ -312,10 +312,7 @@ TEST_F(SingleInstanceTest, ManyStartsAtOnceHaveExactlyOneFirst)
             waitToBeTold(fromUs);
             SingleInstance instance;
             const auto outcome = instance.claim(path, 5s, "");
-            say(toUs,
-                outcome == Outcome::First             ? 'f'
-                    : outcome == Outcome::WindowOpen ? 'r'
-                                                      : '?');
+            say(toUs, outcome == Outcome::First ? 'f' : outcome == Outcome::WindowOpen ? 'r' : '?');
             waitToBeTold(fromUs);
             return 0;
         }));

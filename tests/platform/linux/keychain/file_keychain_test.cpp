@@ -75,7 +75,7 @@ protected:
                 names.push_back(entry.path());
         return names;
     }
-    bool told(const std::string& text) const
+    bool reported(const std::string& text) const
     {
         return lines.size() == 1 && lines[0].find(text) != std::string::npos;
     }
@@ -167,7 +167,7 @@ TEST_F(FileKeychainTest, WrongKeyIsReportedAndNothingIsOverwritten)
     auto keychain = open();
     EXPECT_EQ(copy(keychain), keychain_status::invalidKeychain);
     EXPECT_EQ(add(keychain, "other"), keychain_status::invalidKeychain);
-    EXPECT_TRUE(told("left untouched (" + file() + ")")) << lines.size();
+    EXPECT_TRUE(reported("left untouched (" + file() + ")")) << lines.size();
     EXPECT_EQ(contents(file()), before);
     EXPECT_EQ(contents(keyFile()), std::string(keychainKeySize, 'x'));
     EXPECT_TRUE(damagedCopies(data()).empty());
@@ -181,7 +181,7 @@ TEST_F(FileKeychainTest, LostKeyIsReportedAndNothingIsOverwritten)
     auto keychain = open();
     EXPECT_EQ(copy(keychain), keychain_status::invalidKeychain);
     EXPECT_EQ(add(keychain, "other"), keychain_status::invalidKeychain);
-    EXPECT_TRUE(told("key of the keychain file is missing"));
+    EXPECT_TRUE(reported("key of the keychain file is missing"));
     EXPECT_EQ(contents(file()), before);
     EXPECT_FALSE(fs::exists(keyFile()));
 }
@@ -224,7 +224,7 @@ TEST_F(FileKeychainTest, NewerVersionIsReportedAndNothingIsOverwritten)
     auto keychain = open();
     EXPECT_EQ(copy(keychain), keychain_status::invalidKeychain);
     EXPECT_EQ(add(keychain, "other"), keychain_status::invalidKeychain);
-    EXPECT_TRUE(told("newer program"));
+    EXPECT_TRUE(reported("newer program"));
     EXPECT_EQ(contents(file()), bytes);
 }
 
@@ -256,7 +256,7 @@ TEST_F(FileKeychainTest, EveryTruncationPointIsToldAndTheProgramGoesOn)
 {
     makeKeychain();
     const auto whole = contents(file());
-    std::size_t told = 0;
+    std::size_t reported = 0;
     for (std::size_t size = 0; size < whole.size(); ++size) {
         write(file(), whole.substr(0, size));
         auto keychain = open();
@@ -267,9 +267,9 @@ TEST_F(FileKeychainTest, EveryTruncationPointIsToldAndTheProgramGoesOn)
                                       : keychain_status::invalidKeychain)
             << size;
         EXPECT_EQ(lines.size(), 1U) << size;
-        told += lines.size();
+        reported += lines.size();
     }
-    std::printf("Keychain file: %zu lengths, %zu lines told\n", whole.size(), told);
+    std::printf("Keychain file: %zu lengths, %zu lines reported\n", whole.size(), reported);
 }
 
 TEST_F(FileKeychainTest, LinksAreNotFollowed)
@@ -319,7 +319,7 @@ TEST_F(FileKeychainTest, FileWhereAFolderShouldBeIsAFailure)
     auto keychain = open();
     EXPECT_EQ(add(keychain), keychain_status::ioFailure);
     EXPECT_EQ(contents(data()), "in the way");
-    EXPECT_TRUE(told("cannot be written"));
+    EXPECT_TRUE(reported("cannot be written"));
 }
 
 TEST_F(FileKeychainTest, WithoutAHomeThereIsNoKeychain)

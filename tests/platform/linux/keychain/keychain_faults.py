@@ -10,7 +10,7 @@ and so on. After each round: every earlier item is there with its secret, the ne
 the write said so, what a failed write leaves is the old or the new contents, and after one more
 write there is no temporary file. Without ZARN_LONG the system calls of the dynamic loader are left
 out of the kills. With --sanitized only the system calls that name a file of the keychain are made to
-fail: a sanitizer's own ones cannot (its runtime asks for memory, or for its process id, for ever).
+fail: a sanitizer's own ones cannot (its runtime asks for memory, or for its process id, forever).
 """
 
 import os

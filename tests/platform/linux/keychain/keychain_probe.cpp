@@ -2,18 +2,12 @@
 // A program for tests/platform/linux/*.py: uses the keychain as the window does, from the main
 // thread, and prints for each call its status, how long it took and how long painting stood still.
 #include "platform/linux/keychain/keychain_thread.h"
-#include "tests/support/machine_wait.h"
 #include "tests/support/test_main_queue.h"
 
-#include <sched.h>
-
 #include <algorithm>
-#include <atomic>
 #include <chrono>
 #include <cstdio>
-#include <ctime>
 #include <sstream>
-#include <stop_token>
 #include <string>
 #include <thread>
 #include <vector>
@@ -28,54 +22,7 @@ double millisecondsSince(Clock::time_point begin)
     return std::chrono::duration<double, std::milli>(Clock::now() - begin).count();
 }
 
-/// Ticks on the main thread's processor and adds up by how much the ticks come late. A processor
-/// that the machine takes away as a whole, as virtual ones are, shows in no statistics of the
-/// thread's own.
-class ProcessorWatch {
-public:
-    ProcessorWatch()
-    {
-        // Threads started later inherit this; they would only add to what is measured.
-        cpu_set_t here;
-        CPU_ZERO(&here);
-        CPU_SET(sched_getcpu(), &here);
-        if (sched_setaffinity(0, sizeof here, &here) != 0)
-            std::perror("keychain_probe: sched_setaffinity");
-        m_thread = std::jthread([this](const std::stop_token& stop) { tick(stop); });
-    }
-
-    /// By how much ticks were late until now in all, in milliseconds.
-    double withheld() const
-    {
-        const auto asked = Clock::now();
-        while (m_ticked.load() < asked)
-            std::this_thread::sleep_for(std::chrono::microseconds(200));
-        return m_withheld.load();
-    }
-
-private:
-    void tick(const std::stop_token& stop)
-    {
-        constexpr double period = 1;
-        // A tick that has to wait for a busy main thread is late by less: it wakes up first.
-        constexpr double ordinary = 5;
-        while (!stop.stop_requested()) {
-            const auto begin = Clock::now();
-            std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(period));
-            const double late = millisecondsSince(begin) - period;
-            if (late > ordinary)
-                m_withheld.store(m_withheld.load() + late);
-            m_ticked.store(Clock::now());
-        }
-    }
-
-    std::atomic<double> m_withheld = 0;
-    std::atomic<Clock::time_point> m_ticked = Clock::time_point::min();
-    std::jthread m_thread;
-};
-
-/// Records the longest time between two moments at which the main thread could have painted, less
-/// what it waited for the machine: a busy machine is no fault of the keychain's.
+/// Records the longest time between two moments at which the main thread could have painted.
 class WatchedMainQueue final : public MainQueue {
 public:
     void post(std::function<void()> work) override { m_queue.post(std::move(work)); }
@@ -95,29 +42,19 @@ public:
     void begin()
     {
         m_stall = 0;
-        m_waited = waitedForTheMachine();
-        m_withheld = m_processor.withheld();
         m_last = Clock::now();
     }
     void paintedNow()
     {
-        const double gap = millisecondsSince(m_last);
-        const double waited = waitedForTheMachine() - m_waited;
-        const double withheld = m_processor.withheld() - m_withheld;
-        m_stall = std::max(m_stall, gap - std::max(waited, withheld));
-        m_waited += waited;
-        m_withheld += withheld;
+        m_stall = std::max(m_stall, millisecondsSince(m_last));
         m_last = Clock::now();
     }
     double stall() const { return m_stall; }
 
 private:
     TestMainQueue m_queue;
-    ProcessorWatch m_processor;
     Clock::time_point m_last;
     double m_stall = 0;
-    double m_waited = 0;
-    double m_withheld = 0;
 };
 
 std::vector<std::string> split(const std::string& text)
@@ -129,22 +66,13 @@ std::vector<std::string> split(const std::string& text)
     return parts;
 }
 
-/// How long this thread ran, in milliseconds.
-double processorTime()
-{
-    timespec time{};
-    clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-    return static_cast<double>(time.tv_sec) * 1e3 + static_cast<double>(time.tv_nsec) / 1e6;
-}
-
 /// What no keychain may do to the main thread, so that the measurement itself can be tested.
 void standStill(const std::string& how, double milliseconds)
 {
-    const double begin = processorTime();
     if (how == "sleep")
         std::this_thread::sleep_for(std::chrono::duration<double, std::milli>(milliseconds));
     else
-        while (processorTime() - begin < milliseconds) { }
+        for (const auto begin = Clock::now(); millisecondsSince(begin) < milliseconds;) { }
 }
 
 KeychainMatch perform(Keychain& keychain, const std::vector<std::string>& words)

@@ -7,9 +7,9 @@ usage: keyring_states.py BUILD_FOLDER [-v]
 Each scenario runs in a desktop of its own (with_desktop), with gnome-keyring or with the hostile
 stand-in, and uses the keychain from a main thread as the window does. Checked for each call: its
 status, that the answer came within 10 s (while the unlock prompt is open: as long as it is waited
-for), that painting never stood still for 50 ms (less
-what the thread stood ready while the machine ran others), the lines on standard error, and that
-the store never changed in silence. The last line is the worst of all figures.
+for), that painting never stood still for a second, the lines on standard error, and that the store
+never changed in silence. The last line is the worst of all figures; on an idle machine painting
+stands still for about 20 ms.
 """
 
 import os
@@ -23,10 +23,10 @@ from concurrent.futures import ThreadPoolExecutor
 
 SUPPORT = os.path.join(os.path.dirname(os.path.realpath(__file__)), "../../../support")
 ANSWER_LIMIT_MS = 10_000
-# Programs with a sanitizer are several times slower.
-# The probe takes off what the machine itself withheld from the main thread.
-STALL_LIMIT_MS = 50 * float(os.environ.get("ZARN_TEST_SLOWNESS", "1"))
-STAND_STILL_MS = 3 * STALL_LIMIT_MS
+# Holds on a busy machine; a keychain that blocks the main thread does so for seconds. Programs with a
+# sanitizer are several times slower.
+STALL_LIMIT_MS = 1000 * float(os.environ.get("ZARN_TEST_SLOWNESS", "1"))
+STAND_STILL_MS = 1.2 * STALL_LIMIT_MS
 
 COPY = "copy,ZPMA-host,admin"
 COPY_ANY = "copy,ZPMA-host,"
@@ -490,12 +490,10 @@ class AMainThreadThatStandsStillIsSeen(Scenario):
 
     def check(self, world):
         for how in ("sleep", "spin"):
-            # On a busy machine the next program may get most of the time, rightly taken off.
-            calls, errors = world.probe(*[f"{how},{STAND_STILL_MS:.0f}"] * 10, choice="file")
-            self.assertEqual(({call.status for call in calls}, errors), ({0}, []))
-            seen = max(calls, key=lambda call: call.stall)
-            self.assertGreater(seen.stall, STALL_LIMIT_MS)
-            self.measured = [seen.took, seen.stall]
+            (call,), errors = world.probe(f"{how},{STAND_STILL_MS:.0f}", choice="file")
+            self.assertEqual((call.status, errors), (0, []))
+            self.assertGreater(call.stall, STALL_LIMIT_MS)
+            self.measured = [call.took, call.stall]
 
 
 def scenarios():

@@ -110,9 +110,9 @@ class Rounds:
 def inside(build):
     rounds = Rounds(build)
     rounds.reset()
-    told = rounds.undisturbed()
-    if "items were moved from the keychain file to the keyring" not in told:
-        raise Failure(f"the move is not told: {told}")
+    reported = rounds.undisturbed()
+    if "items were moved from the keychain file to the keyring" not in reported:
+        raise Failure(f"the move is not reported: {reported}")
     killed = 0
     for call in ("sendmsg", *FILE_CALLS):
         number = 1

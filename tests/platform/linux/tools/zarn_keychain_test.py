@@ -36,7 +36,7 @@ def store(choice, service, account, secret):
 class AnyStore:
     """What holds whichever store is used."""
 
-    told = ""
+    reported = ""
     choice = "automatic"
 
     def setUp(self):
@@ -46,7 +46,7 @@ class AnyStore:
 
     def test_list_prints_names_and_no_secret(self):
         code, out, err = tool("list")
-        self.assertEqual((code, err), (0, self.told))
+        self.assertEqual((code, err), (0, self.reported))
         self.assertEqual(sorted(out.splitlines()), [
             f"ZPMA-host\tadmin\t{GROUP}", f"ZPMA-host\tsecond\t{GROUP}",
             f"odd\\x09service\\x5C\t\t{GROUP}"])
@@ -54,25 +54,25 @@ class AnyStore:
     def test_list_prints_the_same_as_json(self):
         for words in (["--json", "list"], ["list", "--json"]):
             code, out, err = tool(*words)
-            self.assertEqual((code, err), (0, self.told))
+            self.assertEqual((code, err), (0, self.reported))
             self.assertEqual(sorted(json.loads(out), key=lambda item: item["service"] + item["account"]), [
                 {"service": "ZPMA-host", "account": "admin", "accessGroup": GROUP},
                 {"service": "ZPMA-host", "account": "second", "accessGroup": GROUP},
                 {"service": "odd\tservice\\", "account": "", "accessGroup": GROUP}])
 
     def test_show_writes_the_secret_byte_for_byte(self):
-        self.assertEqual(tool("show", "ZPMA-host", "admin"), (0, SECRET, self.told))
-        self.assertEqual(tool("show", "ZPMA-host", "second"), (0, "other", self.told))
+        self.assertEqual(tool("show", "ZPMA-host", "admin"), (0, SECRET, self.reported))
+        self.assertEqual(tool("show", "ZPMA-host", "second"), (0, "other", self.reported))
 
     def test_show_without_account_takes_the_item_first_written(self):
-        self.assertEqual(tool("show", "ZPMA-host"), (0, SECRET, self.told))
+        self.assertEqual(tool("show", "ZPMA-host"), (0, SECRET, self.reported))
 
     def test_show_of_nothing_exits_1(self):
         for words in (["nobody"], ["ZPMA-host", "nobody"], ["ZPMA-hos"]):
             code, out, err = tool("show", *words)
             self.assertEqual((code, out), (1, ""))
             self.assertEqual(
-                err, self.told + "zarn-keychain: The item could not be found in the keychain\n")
+                err, self.reported + "zarn-keychain: The item could not be found in the keychain\n")
 
     def test_another_access_group_is_another_keychain(self):
         self.assertEqual(tool("--access-group=other", "show", "ZPMA-host")[0], 1)
@@ -137,7 +137,7 @@ class InTheKeyring(AnyStore, unittest.TestCase):
 
 
 class InTheFile(AnyStore, unittest.TestCase):
-    told = FILE_LINE
+    reported = FILE_LINE
 
     def tearDown(self):
         for name in ("XDG_DATA_HOME", "XDG_STATE_HOME"):

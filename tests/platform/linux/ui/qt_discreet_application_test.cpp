@@ -25,7 +25,7 @@ public:
         const auto& key = *static_cast<QKeyEvent*>(event);
         if (event->type() == QEvent::KeyPress)
             heard += key.key() == Qt::Key_Tab ? QString("[Tab]") : key.text();
-        told.append(QString::number(key.nativeVirtualKey()) + key.text());
+        reported.append(QString::number(key.nativeVirtualKey()) + key.text());
         m_waiting.emplace_back(target,
             std::make_unique<QKeyEvent>(key.type(), key.key(), key.modifiers(),
                 key.nativeScanCode(), key.nativeVirtualKey(), key.nativeModifiers(), key.text(),
@@ -48,7 +48,7 @@ public:
 
     bool isSlow = false;
     QString heard;
-    QStringList told;
+    QStringList reported;
 
 private:
     std::deque<std::pair<QObject*, std::unique_ptr<QKeyEvent>>> m_waiting;
@@ -102,7 +102,7 @@ TEST_F(DiscreetApplicationTest, LettersOfAPasswordAreHeardAsAsterisks)
     type("pa s");
     EXPECT_EQ(secret.text(), "pa s");
     EXPECT_EQ(bridge.heard, "****");
-    EXPECT_EQ(bridge.told, QStringList(8, "42*"));
+    EXPECT_EQ(bridge.reported, QStringList(8, "42*"));
 }
 
 TEST_F(DiscreetApplicationTest, LettersOfOtherFieldsAreHeardAsTheyAre)
@@ -155,7 +155,7 @@ TEST_F(DiscreetApplicationTest, TheReleaseOfAHiddenKeyIsHiddenWhereverTheFocusIs
     send(QTest::Press, Qt::Key_S, "s");
     open.setFocus();
     send(QTest::Release, Qt::Key_S, "s");
-    EXPECT_EQ(bridge.told, QStringList(2, "42*"));
+    EXPECT_EQ(bridge.reported, QStringList(2, "42*"));
 }
 
 TEST_F(DiscreetApplicationTest, CommandsOfAScreenReaderAreHeardAsTheyAre)
