@@ -224,6 +224,8 @@ class ContentTest(unittest.TestCase):
         self.assertEqual([path for path in window + tools if path.endswith(".so")],
                          [f"/usr/lib/zarn-actions/modules/zarn-{name}.so" for name in ("http", "keychain")])
         self.assertIn("/usr/share/doc/zarn-actions-tools/for-actions.md", tools)
+        for example in ("server-version.sh", "server_version.py", "cpp/CMakeLists.txt", "cpp/server_version.cpp"):
+            self.assertIn("/usr/share/doc/zarn-actions-tools/examples/" + example, tools)
         self.assertIn("/usr/share/doc/zarn-actions/security.md", window)
 
     def test_the_catalogue_shows_pictures_that_are_in_the_documents(self):
