@@ -14,6 +14,7 @@ using namespace stub;
 
 struct Backend::Adapters {
     ProductTexts texts;
+    std::function<void()> displayLost;
     StubAlertRunner alertRunner;
     StubApplication application;
     StubBundle bundle;
@@ -87,7 +88,10 @@ const ProductTexts& Backend::productTexts() const
     return m_adapters->texts;
 }
 
-void Backend::setDisplayLost(std::function<void()>) { }
+void Backend::setDisplayLost(std::function<void()> work)
+{
+    m_adapters->displayLost = std::move(work);
+}
 
 void Backend::announceEnding() { }
 
