@@ -25,7 +25,7 @@ First steps:
   zarn-profile terms --accept
   zarn-profile add Berlin --url https://zarn.example:8443 --client-id ID
   zarn-profile check
-  curl -H "Authorization: Bearer $(zarn-profile token)" ...
+  zarn-profile api GET buildings
 
 exit status: 0 done, 1 refused by the server, 2 wrong usage, 3 server not reachable,
   4 not found, 5 keyring, 6 terms of use not accepted, 7 window open, 8 not written)help";

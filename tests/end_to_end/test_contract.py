@@ -61,6 +61,11 @@ class Reading(WorldTest):
             domain = name.removesuffix(".plist")
             self.assertEqual(json.loads(self.tool("zarn-defaults", "--json", "read", domain)), stored)
 
+        shown = json.loads(self.tool("zarn-profile", "--keychain=file", "show", "--json", "--reveal"))
+        self.assertLessEqual({
+            "name": contract.SECOND, "server": f"https://localhost:{contract.PORT}", "username": contract.CLIENT,
+            "credentials": "api-client", "secret": contract.SECRET, "added": contract.DATE}.items(), shown.items())
+
     def check_window(self):
         program = self.start_program("--keychain=file").wait_for_window()
         screen = program.screen
