@@ -42,21 +42,29 @@ constexpr std::chrono::milliseconds portalPatience{60};
 // How long a process may take to end.
 constexpr std::chrono::seconds endingPatience{15};
 
-std::string displayProblem()
+/// `hasWayland` says whether the toolkit has a plugin for Wayland.
+std::string displayProblem(bool hasWayland)
 {
-    for (const char* name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
-        if (const char* value = std::getenv(name); value && *value)
-            return std::string("no display: ") + name + "=" + value + " cannot be opened";
+    for (const std::string name : {"QT_QPA_PLATFORM", "WAYLAND_DISPLAY", "DISPLAY"}) {
+        const char* value = std::getenv(name.c_str());
+        if (!value || !*value)
+            continue;
+        const bool isForWayland
+            = name == "WAYLAND_DISPLAY" || std::string_view(value).starts_with("wayland");
+        return "no display: " + name + "=" + value + " cannot be opened"
+            + (isForWayland && !hasWayland ? ": install the package qt6-wayland" : "");
     }
     return "no display: neither DISPLAY nor WAYLAND_DISPLAY is set";
 }
 
-// While it starts, the toolkit aborts for one reason only: there is no display.
-void explainToolkitStart(QtMsgType type, const QMessageLogContext&, const QString&)
+// While it starts, the toolkit aborts for one reason only: there is no display. Its message lists
+// the plugins that it has.
+void explainToolkitStart(QtMsgType type, const QMessageLogContext&, const QString& message)
 {
     if (type != QtFatalMsg)
         return;
-    warn(displayProblem());
+    const auto plugins = message.mid(message.indexOf("vailable platform plugins"));
+    warn(displayProblem(plugins.contains("wayland")));
     ::_exit(EXIT_FAILURE);
 }
 

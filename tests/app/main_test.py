@@ -8,6 +8,7 @@ Each test has a home directory of its own.
 """
 
 import fcntl
+import glob
 import os
 import plistlib
 import re
@@ -166,6 +167,23 @@ class StartTest(ProcessTest):
                 self.assertEqual((done.returncode, done.stdout), (1, ""))
                 self.assertIn("no display", self.one_line(done.stderr))
                 self.assertIn(words, done.stderr)
+                self.assertNotIn("install", done.stderr)
+
+    def test_without_the_toolkits_plugin_for_wayland_it_names_the_package(self):
+        folder = self.home + "/program"
+        os.makedirs(folder + "/plugins/platforms")
+        plugin, = glob.glob("/usr/lib/*/qt6/plugins/platforms/libqxcb.so")
+        os.symlink(plugin, folder + "/plugins/platforms/libqxcb.so")
+        with open(folder + "/qt.conf", "w", encoding="ascii") as file:
+            file.write("[Paths]\nPlugins = plugins\n")
+        program = shutil.copy(PROGRAM, folder)
+        for display, advice in (({"WAYLAND_DISPLAY": "wayland-987"}, True), ({"DISPLAY": ":987"}, False),
+                                ({"QT_QPA_PLATFORM": "wayland"}, True)):
+            environment = {**self.without("DISPLAY", "WAYLAND_DISPLAY", "QT_QPA_PLATFORM"), **display}
+            done = subprocess.run([program], stdin=subprocess.DEVNULL, stdout=subprocess.PIPE, stderr=subprocess.PIPE,
+                                  text=True, env=environment, timeout=LIMIT, check=False)
+            self.assertEqual((done.returncode, done.stdout), (1, ""))
+            self.assertEqual("install the package qt6-wayland" in self.one_line(done.stderr), advice, display)
 
     def test_a_settings_folder_that_cannot_be_used_ends_it(self):
         with open(self.home + "/config", "w", encoding="ascii"):
