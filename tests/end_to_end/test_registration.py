@@ -5,11 +5,12 @@ import datetime
 import os
 import re
 import subprocess
+import tempfile
 import unittest
 
 from screen import NotFound, wait_for
-from world import (ACTIONS_SUITE, BUILD, SHARED_SUITE, STANDARD, DemoServer, WorldTest, built, current_profile,
-                   keychain_items, log_messages, settings, write_settings)
+from world import (ACTIONS_SUITE, BUILD, SHARED_SUITE, STANDARD, VERSION, DemoServer, WorldTest, built,
+                   current_profile, keychain_items, log_messages, settings, write_settings)
 
 
 class RegistrationTest(WorldTest):
@@ -46,7 +47,7 @@ class RegistrationTest(WorldTest):
         self.assertEqual(received, {"Host": host, **expected})
 
     def user_agent(self):
-        return "zarn%2Dactions/1.0.0"
+        return f"zarn%2Dactions/{VERSION}"
 
 
 class AddWithUsername(RegistrationTest):
@@ -109,14 +110,19 @@ class AddWithUsername(RegistrationTest):
         self.assertFalse(self.screen.is_editable("Server URL:"))
 
 
+    @staticmethod
+    def python_of(document):
+        """The program in one of our documents."""
+        path = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../docs", document)
+        with open(path, encoding="utf-8") as file:
+            return re.search(r"```python\n(.*?)```", file.read(), re.DOTALL).group(1)
+
     def test_other_programs_read_what_the_window_just_wrote(self):
         self.start()
         self.add("Demo", self.server.url + "/", DemoServer.USER, DemoServer.PASSWORD).press("OK")
         self.wait_for_items(2)
         environment = {**os.environ, "PATH": BUILD + ":" + os.environ["PATH"]}
-        document = os.path.join(os.path.dirname(os.path.abspath(__file__)), "../../docs/for-actions.md")
-        with open(document, encoding="utf-8") as file:
-            reader = re.search(r"```python\n(.*?)```", file.read(), re.DOTALL).group(1)
+        reader = self.python_of("for-actions.md")
         read = subprocess.run(["/usr/bin/python3", "-c", reader], capture_output=True, text=True,
                               env=environment, check=True)
         added = settings(SHARED_SUITE)["serversDict"]["Demo"]["date"]
@@ -129,6 +135,22 @@ class AddWithUsername(RegistrationTest):
         shown = subprocess.run([built("zarn-keychain"), "show", "ZPMA-127.0.0.1", "demo"], capture_output=True,
                                text=True, check=True)
         self.assertEqual(shown.stdout, DemoServer.PASSWORD)
+
+        # The guide's action, beside the reader, as an API client too.
+        with tempfile.TemporaryDirectory() as folder:
+            for name, program in (("reader", reader), ("action", self.python_of("guide.md"))):
+                with open(os.path.join(folder, name + ".py"), "w", encoding="utf-8") as file:
+                    file.write(program)
+            environment.update(SSL_CERT_FILE=self.server.ca_file, no_proxy="127.0.0.1", PYTHONDONTWRITEBYTECODE="1")
+            action = ["/usr/bin/python3", os.path.join(folder, "action.py")]
+            expected = f"{self.server.url} runs 11.40.0-t1712\n"
+            self.assertEqual(subprocess.run(action, stdout=subprocess.PIPE, text=True, env=environment,
+                                            check=True).stdout, expected)
+            self.screen.choose("Add Server...")
+            self.add("Client", self.server.url, DemoServer.CLIENT, DemoServer.SECRET, by_username=False).press("OK")
+            wait_for(lambda: '"useApiClient":"1"}' in (current_profile() or ""), "the API client's profile")
+            self.assertEqual(subprocess.run(action, stdout=subprocess.PIPE, text=True, env=environment,
+                                            check=True).stdout, expected)
 
 
 class AddWithApiClient(RegistrationTest):

@@ -6,7 +6,7 @@ import unittest
 
 from screen import wait_for
 from update_page import UpdatePage
-from world import WorldTest
+from world import VERSION, WorldTest
 
 ROW = "<tr><td>Current Version</td><td>"
 
@@ -40,16 +40,16 @@ class Update(WorldTest):
     def assert_result(self, body, newer, status="200 OK"):
         alert = self.check(body, status)
         message = "A new versions is available." if newer else "No updates are currently available."
-        self.assertEqual(alert.texts, ["Running Zarn Actions: 1.0.0", message], body)
+        self.assertEqual(alert.texts, [f"Running Zarn Actions: {VERSION}", message], body)
         self.assertEqual(sorted(alert.buttons), ["Ignore", "View"] if newer else ["OK"])
         alert.press("Ignore" if newer else "OK")
 
     def test_every_kind_of_page(self):
         self.start()
         self.assert_result(f"<html>{ROW}1.10.0</td></tr></html>", True)
-        self.assert_result(f"{ROW}1.0.0</td></tr>", False)
+        self.assert_result(f"{ROW}{VERSION}</td></tr>", False)
         self.assert_result(f"{ROW}0.9.9</td></tr>", False)
-        self.assert_result(f"{ROW}1.0.0b2</td></tr>", True)
+        self.assert_result(f"{ROW}{VERSION}b2</td></tr>", True)
         self.assert_result(f"{ROW}9.9.9</td></tr>", False, status="404 Not Found")
         self.assert_result(b"\xff" + f"{ROW}9.9.9</td>".encode(), False)
         self.assert_result("<html>nothing here</html>", False)
@@ -60,7 +60,7 @@ class Update(WorldTest):
 
     def test_the_request_says_nothing_about_the_user(self):
         self.start()
-        self.assert_result(f"{ROW}1.0.0</td></tr>", False)
+        self.assert_result(f"{ROW}{VERSION}</td></tr>", False)
         self.assertEqual(self.page.requests,
                          ["GET /releases HTTP/1.1\r\nHost: zarn-actions.example\r\n\r\n"])
 
@@ -79,7 +79,7 @@ class Update(WorldTest):
         self.screen.menu("Zarn Actions", "Check for Updates…")
         wait_for(lambda: self.page.requests, "the request")
         # The next check is answered after this one has ended, and is the only one that shows anything.
-        self.assert_result(f"{ROW}1.0.0</td></tr>", False)
+        self.assert_result(f"{ROW}{VERSION}</td></tr>", False)
         self.assertFalse(self.screen.has_alert())
 
 

@@ -5,7 +5,7 @@ import unittest
 
 from desktop_windows import windows
 from screen import keys, type_text, wait_for
-from world import SHARED_SUITE, DemoServer, WorldTest, current_profile, keychain_items, settings
+from world import SHARED_SUITE, VERSION_AND_BUILD, DemoServer, WorldTest, current_profile, keychain_items, settings
 
 
 class Wayland(WorldTest):
@@ -32,7 +32,7 @@ class Wayland(WorldTest):
         self.assertIn(f'"username":"{DemoServer.CLIENT}"', current_profile())
 
         screen.menu("Zarn Actions", "About Zarn Actions")
-        wait_for(lambda: screen.shows("label", "Version 1.0.0 (1)"), "the About window")
+        wait_for(lambda: screen.shows("label", f"Version {VERSION_AND_BUILD}"), "the About window")
         screen.menu("Zarn Actions", "Quit Zarn Actions")
         self.assertEqual(program.ended(), 0)
         self.assertEqual(program.errors(), "")

@@ -16,7 +16,7 @@ from launcher import activation_token
 from screen import ON_WAYLAND, keys, type_text, wait_for
 from stand_ins import Opener
 from update_page import UpdatePage
-from world import SHARED_SUITE, STANDARD, WorldTest, built, settings, write_settings
+from world import SHARED_SUITE, STANDARD, VERSION, WorldTest, built, settings, write_settings
 
 STARTS = 20 if os.environ.get("ZARN_LONG") else 5
 
@@ -108,7 +108,7 @@ class Closing(WindowsTest):
     def test_an_alert_under_another_one_stays_until_that_one_is_gone(self):
         page = UpdatePage()
         self.addCleanup(page.stop)
-        page.publish("<tr><td>Current Version</td><td>1.0.0</td></tr>")
+        page.publish(f"<tr><td>Current Version</td><td>{VERSION}</td></tr>")
         self.start(environment=page.environment)
         lower = self.show_notice()
         self.screen.menu("Zarn Actions", "Check for Updates…")

@@ -28,6 +28,15 @@ def built(name):
     return os.path.join(BUILD, name)
 
 
+def _information():
+    with open(built("generated/Info.plist"), "rb") as file:
+        return plistlib.load(file)
+
+
+VERSION = _information()["CFBundleShortVersionString"]
+VERSION_AND_BUILD = f"{VERSION} ({_information()['CFBundleVersion']})"
+
+
 class DemoServer:
     """zarn-pro-demo, and what it received."""
 
