@@ -27,7 +27,7 @@ def _compositors_windows():
 
 
 def windows(pid):
-    """In the order in which they came up. The terms have no title; Wayland shows the program's name in its place."""
+    """In the order in which they came up."""
     if ON_WAYLAND:
         return [Window(node["id"], node["name"]) for node in _compositors_windows() if node["pid"] == pid]
     lines = [line.split(maxsplit=4) for line in _output("wmctrl", "-l", "-p").splitlines()]

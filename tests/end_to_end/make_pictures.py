@@ -11,9 +11,10 @@ import sys
 
 os.environ["ZARN_BUILD"] = os.path.abspath(sys.argv[1])
 
+from desktop_windows import windows  # noqa: E402
 from screen import activate, wait_for  # noqa: E402
-from world import (ACTIONS_SUITE, SHARED_SUITE, STANDARD, DemoServer, Program, built,  # noqa: E402
-                   write_settings)
+from world import (ACTIONS_SUITE, SHARED_SUITE, STANDARD, VERSION_AND_BUILD, DemoServer, Program,  # noqa: E402
+                   built, write_settings)
 
 FOLDER = os.path.abspath(sys.argv[2])
 
@@ -43,7 +44,7 @@ def with_program(work, **options):
 def terms(screen):
     screen.control("push button", "Accept")
     wait_for(lambda: len(screen.windows()) == 2, "both windows")
-    take("terms", screen.x_window(""))
+    take("terms", str(windows(screen.pid)[1].id))
 
 
 def store_profiles():
@@ -88,7 +89,7 @@ def main():
         def work(screen):
             screen.menu("Zarn Actions", "About Zarn Actions")
             wait_for(lambda: "About" in screen.window_titles(), "the About window")
-            wait_for(lambda: screen.shows("label", "Version 1.0.0 (1)"), "its contents")
+            wait_for(lambda: screen.shows("label", f"Version {VERSION_AND_BUILD}"), "its contents")
             take(name, screen.x_window("About"))
         return work
 

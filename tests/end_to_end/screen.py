@@ -133,7 +133,7 @@ class Screen:
     """Everything that one process shows."""
 
     def __init__(self, pid):
-        self._pid = pid
+        self.pid = pid
 
     def application(self):
         # Nothing here handles events, so nothing may be remembered.
@@ -142,7 +142,7 @@ class Screen:
         desktop.clear_cache()
         for index in range(desktop.get_child_count()):
             application = desktop.get_child_at_index(index)
-            if application is not None and application.get_process_id() == self._pid:
+            if application is not None and application.get_process_id() == self.pid:
                 application.set_cache_mask(Atspi.Cache.NONE)
                 return application
         return None
@@ -165,7 +165,7 @@ class Screen:
         """The X11 window of the program with this title."""
         def found():
             return subprocess.run(
-                ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self._pid), "--name", f"^{title}$"],
+                ["xdotool", "search", "--all", "--onlyvisible", "--pid", str(self.pid), "--name", f"^{title}$"],
                 capture_output=True, text=True, check=False).stdout.split()
 
         return wait_for(found, f"a window titled {title!r}")[0]
@@ -177,6 +177,16 @@ class Screen:
                 if node.get_role_name() == role and node.get_name() == name and is_showing(node) == shown:
                     return node
         return None
+
+    def window_with(self, role, name):
+        """The window that a control is in."""
+        def found():
+            for window in self.windows():
+                if any(node.get_role_name() == role and node.get_name() == name for node in _walk(window)):
+                    return window
+            return None
+
+        return wait_for(found, f"a window with the {role} {name!r}")
 
     def control(self, role, name, seconds=10.0):
         return wait_for(lambda: self.find(role, name), f"{role} {name!r}", seconds)

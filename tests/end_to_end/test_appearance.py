@@ -117,7 +117,7 @@ class Appearance(DesktopTest):
         self.portal(DARK)
         screen = self.start()
         self.assertGreaterEqual(text_contrast(self.inside("push button", "Accept")), 4.5)
-        window = next(window for window in screen.windows() if window.get_name() != "Zarn Actions")
+        window = screen.window_with("push button", "Accept")
         wait_for(lambda: background(colors_of(self.screen.area(window))) == GREY, "the opaque grey")
         self.assertIn((255, 255, 255), colors_of(self.screen.area(window)))
 
@@ -126,7 +126,7 @@ class Appearance(DesktopTest):
         self.portal(LIGHT)
         screen = self.start()
         screen.control("push button", "Accept")
-        window = next(window for window in screen.windows() if window.get_name() != "Zarn Actions")
+        window = screen.window_with("push button", "Accept")
         wait_for(lambda: background(colors_of(self.screen.area(window)))[0] > 180, "light terms")
         self.switch(DARK)
         wait_for(lambda: background(colors_of(self.screen.area(window))) == GREY, "dark terms")

@@ -7,10 +7,11 @@ import unittest
 from screen import keys, type_text, wait_for
 from stand_ins import FileManager, Opener
 from update_page import UpdatePage
-from world import ACTIONS_SUITE, SHARED_SUITE, STANDARD, DemoServer, WorldTest, current_profile, settings
+from world import (ACTIONS_SUITE, SHARED_SUITE, STANDARD, VERSION, DemoServer, WorldTest, current_profile,
+                   settings)
 
-FEEDBACK = "https://zarn-actions.example/feedback"
-AGREEMENT = "https://zarn-actions.example/licence-agreement.pdf"
+FEEDBACK = "zarn-actions.example/feedback", "https://zarn-actions.example/feedback"
+AGREEMENT = "Zarn Actions Software Licence Agreement", "https://zarn-actions.example/licence-agreement.pdf"
 PAGE = "https://zarn-actions.example/releases"
 
 
@@ -50,10 +51,17 @@ class Keyboard(WorldTest):
 
     def choose_from_menu(self, menu, letter):
         """Opens a menu of the bar and takes an item by its letter."""
-        keys(menu)
-        self.wait_for_focus("menu bar", "")
+        self.open_menu(menu)
         keys(letter)
-        wait_for(lambda: self.screen.focused() != ("menu bar", ""), "the menu to close")
+        wait_for(lambda: not self.open_menus(), "the menu to close")
+
+    def open_menus(self):
+        """The last items of the menus of the bar that are open."""
+        return [item for item in ("Quit Zarn Actions", "Select All") if self.screen.shows("menu item", item)]
+
+    def open_menu(self, key):
+        keys(key)
+        wait_for(self.open_menus, "a menu to open")
 
     def accept(self):
         screen = self.screen
@@ -68,9 +76,9 @@ class Keyboard(WorldTest):
         """Tab goes from link to link in a notice, Return opens the one it is at."""
         self.wait_for_focus("label", notice)
         before = len(self.opener.opened())
-        for count, address in enumerate((FEEDBACK, AGREEMENT), before + 1):
+        for count, (text, address) in enumerate((FEEDBACK, AGREEMENT), before + 1):
             self.screen.tab()
-            self.wait_for_focus("label", notice)
+            self.wait_for_focus("link", text)
             keys("Return")
             wait_for(lambda: len(self.opener.opened()) == count, address + " to open")
             self.assertEqual(self.opener.opened()[-1], address)
@@ -128,7 +136,7 @@ class Keyboard(WorldTest):
         wait_for(lambda: "About" not in screen.window_titles(), "the About window to go")
 
         row = "<tr><td>Current Version</td><td>"
-        self.page.publish(row + "1.0.0</td></tr>")
+        self.page.publish(row + f"{VERSION}</td></tr>")
         self.choose_update("No updates are currently available.", "Return")
         self.page.publish(row + "2.0.0</td></tr>")
         # Return presses "View", the first button; Escape, and Tab with Space, press "Ignore".
@@ -145,10 +153,9 @@ class Keyboard(WorldTest):
         self.assertEqual(self.program.errors(), "")
 
     def choose_update(self, message, *answer):
-        keys("alt+z")
-        self.wait_for_focus("menu bar", "")
+        self.open_menu("alt+z")
         keys("c")
-        self.alert(["Running Zarn Actions: 1.0.0", message], *answer)
+        self.alert([f"Running Zarn Actions: {VERSION}", message], *answer)
 
     def edit_by_menu(self):
         """The entries of "Edit" in the name field."""
@@ -205,6 +212,83 @@ class Keyboard(WorldTest):
         self.answer(["Failed to connect to "], "v")
         self.assertEqual(self.program.ended(), 0)
         self.assertEqual(self.program.errors(), "")
+
+
+    def test_alt_and_a_letter_lead_to_each_control(self):
+        screen = self.start()
+        screen.control("push button", "Accept")
+        keys("alt+a")
+        wait_for(lambda: not screen.shows("push button", "Accept"), "the terms to go")
+        self.wait_for_focus("text", "Display Name:")
+        keys("alt+w")
+        wait_for(lambda: screen.is_checked("Use username and password"), "the box to be checked")
+        for key, role, label, text in (("alt+u", "text", "Server URL:", self.server.url),
+                                       ("alt+n", "text", "Username:", DemoServer.USER),
+                                       ("alt+p", "password text", "Password:", DemoServer.PASSWORD),
+                                       ("alt+d", "text", "Display Name:", "By letters")):
+            keys(key)
+            self.wait_for_focus(role, label)
+            type_text(text)
+        keys("alt+a")
+        self.alert(["By letters was successfully set"], "alt+o")
+        keys("alt+r")
+        wait_for(lambda: screen.focused()[0] == "combo box", "the server menu to have the keyboard")
+        keys("alt+v")
+        wait_for(lambda: screen.is_checked("Save credentials"), "the box to be checked")
+        # Choosing the profile that is chosen already brings the disclosure button back.
+        screen.choose("By letters")
+        screen.control("push button", "hide username/password fields")
+        keys("alt+h")
+        wait_for(lambda: not screen.shows("text", "Server URL:"), "the fields to go")
+        keys("alt+h")
+        wait_for(lambda: screen.shows("text", "Server URL:"), "the fields to come")
+        keys("alt+t")
+        self.alert(["By letters was successfully set"], "alt+o")
+        screen.choose("Add Server...")
+        self.wait_for_focus("text", "Display Name:")
+        keys("alt+c")
+        screen.control("push button", "Quit")
+        keys("alt+q")
+        self.assertEqual(self.program.ended(), 0)
+        self.assertEqual(self.program.errors(), "")
+
+    def test_a_letter_of_the_terms_declines_them(self):
+        self.start().control("push button", "Exit")
+        keys("alt+x")
+        self.assertEqual(self.program.ended(), 0)
+        self.assertEqual(settings(STANDARD), {"agreedToTermsOfUse": False})
+
+    def test_the_keys_of_every_program(self):
+        """F1 opens the About window, F10 the menu, and ctrl+W closes the window in front."""
+        screen = self.start()
+        self.accept()
+        self.wait_for_focus("text", "Display Name:")
+        type_text("typed")
+        self.choose_from_menu("F10", "l")
+        wait_for(lambda: self.file_manager.shown, "the file manager to be asked")
+        self.open_menu("F10")
+        keys("Escape")
+        wait_for(lambda: not self.open_menus(), "the menu to close")
+        self.wait_for_focus("text", "Display Name:")
+        for _ in range(2):
+            keys("F1")
+            wait_for(lambda: "About" in screen.window_titles(), "the About window")
+            self.wait_for_focus("label", "Notice")
+            keys("ctrl+w")
+            wait_for(lambda: "About" not in screen.window_titles(), "the About window to go")
+        self.wait_for_focus("text", "Display Name:")
+        self.assertEqual(screen.text("Display Name:"), "typed")
+        keys("ctrl+w")
+        self.assertEqual(self.program.ended(), 0)
+        self.assertEqual(self.program.errors(), "")
+
+    def test_the_terms_stay_whatever_key_is_pressed(self):
+        screen = self.start()
+        screen.control("push button", "Accept")
+        self.wait_for_focus("label", "Terms of Use")
+        keys("ctrl+w", "Escape", "alt+F4", "Tab")
+        self.assertTrue(screen.shows("push button", "Accept"))
+        self.assertIsNone(self.program.process.poll())
 
 
 if __name__ == "__main__":

@@ -63,7 +63,7 @@ class Look(DesktopTest):
         self.portal(LIGHT)
         self.start()
         self.screen.control("push button", "Accept")
-        terms = next(window for window in self.screen.windows() if window.get_name() != "Zarn Actions")
+        terms = self.screen.window_with("push button", "Accept")
         before = self.screen.area(terms)
         for font in ("font-name=DejaVu Sans 14", "font-name=DejaVu Sans 24"):
             self.set(font)

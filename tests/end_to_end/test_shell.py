@@ -5,8 +5,9 @@ import os
 import subprocess
 import unittest
 
+from desktop_windows import windows
 from screen import activate, keys, wait_for
-from world import STANDARD, DemoServer, WorldTest, built, config_folder, log_messages, settings
+from world import STANDARD, VERSION_AND_BUILD, DemoServer, WorldTest, built, config_folder, log_messages, settings
 
 
 class Terms(WorldTest):
@@ -17,14 +18,11 @@ class Terms(WorldTest):
         return self.screen
 
     def terms_window(self):
-        def found():
-            windows = subprocess.run(["xdotool", "search", "--onlyvisible", "--pid", str(self.program.process.pid)],
-                                     capture_output=True, text=True, check=False).stdout.split()
-            names = [subprocess.run(["xdotool", "getwindowname", window], capture_output=True, text=True,
-                                    check=False).stdout.strip() for window in windows]
-            return [window for window, name in zip(windows, names) if name != "Zarn Actions"]
-
-        return wait_for(found, "the window of the terms")[0]
+        """By the name that a task switcher shows, too."""
+        both = wait_for(lambda: len(windows(self.program.process.pid)) == 2 and windows(self.program.process.pid),
+                        "both windows")
+        self.assertEqual([title for _, title in both], ["Zarn Actions", "Zarn Actions"])
+        return str(both[1].id)
 
     def assert_still_asking(self):
         self.assertTrue(self.screen.shows("push button", "Accept"))
@@ -91,7 +89,7 @@ class Menus(WorldTest):
         screen = self.start()
         screen.menu("Zarn Actions", "About Zarn Actions")
         wait_for(lambda: len(self.abouts()) == 1, "one About window")
-        self.assertTrue(screen.shows("label", "Version 1.0.0 (1)"))
+        self.assertTrue(screen.shows("label", f"Version {VERSION_AND_BUILD}"))
         screen.menu("Zarn Actions", "About Zarn Actions")
         wait_for(lambda: len(self.abouts()) == 2, "two About windows")
 
@@ -179,7 +177,7 @@ class Process(WorldTest):
 
     def test_help_and_version_need_nothing(self):
         nothing = {"PATH": "/usr/bin:/bin"}
-        self.assertEqual(self.run_briefly("--version", env=nothing).stdout, "Zarn Actions 1.0.0 (1)\n")
+        self.assertEqual(self.run_briefly("--version", env=nothing).stdout, f"Zarn Actions {VERSION_AND_BUILD}\n")
         helped = self.run_briefly("--help", env=nothing)
         self.assertEqual(helped.returncode, 0)
         self.assertIn("--keychain=", helped.stdout)

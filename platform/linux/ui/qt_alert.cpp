@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_alert.h"
 
+#include "platform/linux/ui/qt_appearance.h"
 #include "platform/linux/ui/qt_application.h"
 
 #include <QApplication>
@@ -95,7 +96,7 @@ QWidget* fitted(QLabel* text, QWidget* parent)
 
 QLabel* makeIcon(QWidget* parent)
 {
-    constexpr int size = 56;
+    const int size = userPixels(56);
     auto* label = new QLabel(parent);
     label->setPixmap(
         QIcon(":/icons/AppIcon.png").pixmap(QSize(size, size), parent->devicePixelRatioF()));
@@ -113,14 +114,28 @@ std::size_t returnButton(const Alert& alert)
     return 0;
 }
 
+// The key that presses it with Alt is the first letter that no button before it has.
+QString withMnemonic(const std::string& title, QString& taken)
+{
+    const auto text = QString::fromStdString(title);
+    for (qsizetype at = 0; at < text.size(); ++at) {
+        const auto letter = text[at].toUpper();
+        if (!letter.isLetter() || taken.contains(letter))
+            continue;
+        taken += letter;
+        return text.left(at).replace('&', "&&") + '&' + text.mid(at).replace('&', "&&");
+    }
+    return QString(text).replace('&', "&&");
+}
+
 void addButtons(const Alert& alert, QDialog& dialog, QHBoxLayout& row)
 {
     row.addStretch();
+    QString taken;
     // The first button stands outermost, where the eye ends.
     for (std::size_t i = alert.buttons.size(); i-- > 0;) {
         const auto& description = alert.buttons[i];
-        auto* button = new QPushButton(
-            QString::fromStdString(description.title).replace('&', "&&"), &dialog);
+        auto* button = new QPushButton(withMnemonic(description.title, taken), &dialog);
         // Return presses its button wherever the focus is; Space presses the focused one.
         button->setAutoDefault(false);
         button->setDefault(i == returnButton(alert));
@@ -160,7 +175,8 @@ QDialog* makeDialog(const Alert& alert, QWidget* owner)
     column->addStretch();
     dialog->setAccessibleName(QString::fromStdString(
         alert.messageText.empty() ? alert.informativeText : alert.messageText));
-    dialog->setAccessibleDescription(QString::fromStdString(alert.informativeText));
+    if (!alert.messageText.empty())
+        dialog->setAccessibleDescription(QString::fromStdString(alert.informativeText));
     auto* row = new QHBoxLayout;
     addButtons(alert, *dialog, *row);
     column->addSpacing(6);

@@ -141,6 +141,16 @@ public:
         }
     }
 
+    int styleHint(StyleHint hint, const QStyleOption* option, const QWidget* widget,
+        QStyleHintReturn* result) const override
+    {
+        // Alt alone leads nowhere: it is held to take a server off the list, and while assistive
+        // technology listens to the keys the toolkit takes the Alt of a mnemonic for Alt alone.
+        if (hint == SH_MenuBar_AltKeyNavigation)
+            return 0;
+        return QProxyStyle::styleHint(hint, option, widget, result);
+    }
+
 private:
     static void drawRing(
         const QStyleOption& option, QPainter& painter, const QColor& color, double width)
@@ -200,6 +210,11 @@ double userPoints(double points)
 {
     const double usual = qApp->property(usualPoints).toDouble();
     return usual > 0 ? points * QApplication::font().pointSizeF() / usual : points;
+}
+
+int userPixels(int pixels)
+{
+    return std::max(pixels, static_cast<int>(std::lround(userPoints(pixels))));
 }
 
 } // namespace zarn::linux_backend

@@ -36,4 +36,8 @@ void applyLook(const QtLook& look);
 /// usual size, else in proportion. Main thread only.
 double userPoints(double points);
 
+/// The length that stands to this user's text as `pixels` do to a text of the usual size; never
+/// less. For what is no text and grows with it. Main thread only.
+int userPixels(int pixels);
+
 } // namespace zarn::linux_backend

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_application.h"
 
+#include "platform/linux/ui/qt_accessible_widgets.h"
 #include "platform/linux/ui/qt_appearance.h"
 #include "platform/linux/ui/qt_discreet_application.h"
 
@@ -13,6 +14,7 @@
 #include <QPixmap>
 #include <QPointer>
 #include <QSessionManager>
+#include <QShortcut>
 #include <QStyleFactory>
 #include <QTextBrowser>
 #include <QTimer>
@@ -48,6 +50,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     QGuiApplication::setDesktopFileName("com.zarn.ZarnActions");
     auto application = std::make_unique<DiscreetApplication>(argc, argv);
     application->setQuitOnLastWindowClosed(false);
+    installAccessibleWidgets();
     QApplication::setWindowIcon(applicationIcon());
     return application;
 }
@@ -280,16 +283,18 @@ void QtApplication::windowClosed()
 
 void QtApplication::addMenus(QMainWindow& window)
 {
-    auto* menu = window.menuBar()->addMenu("&Zarn Actions");
-    const auto add = [&](const QString& title, const char* action) {
+    auto* bar = window.menuBar();
+    auto* menu = bar->addMenu("&Zarn Actions");
+    const auto add = [&](const QString& title, const char* action, const QKeySequence& key = {}) {
         auto* item = menu->addAction(title);
+        item->setShortcut(key);
         item->setMenuRole(QAction::NoRole);
         // Later, so that assistive technology that used the item is answered before an alert opens.
         QObject::connect(
             item, &QAction::triggered, item,
             [this, action] { m_delegate->performMenuAction(action); }, Qt::QueuedConnection);
     };
-    add("&About Zarn Actions", "showAbout");
+    add("&About Zarn Actions", "showAbout", QKeySequence::HelpContents);
     add(QStringLiteral("&Check for Updates\u2026"), "checkForUpdates");
     menu->addSeparator();
     add("Show &Log Folder", "showLogFolder");
@@ -299,6 +304,15 @@ void QtApplication::addMenus(QMainWindow& window)
     quit->setMenuRole(QAction::NoRole);
     QObject::connect(quit, &QAction::triggered, quit, [this] { terminate(); });
     addEditMenu(window);
+
+    const auto onKey = [&window](const QKeySequence& key, auto work) {
+        QObject::connect(new QShortcut(key, &window), &QShortcut::activated, &window, work);
+    };
+    onKey(QKeySequence::Close, [&window] { window.close(); });
+    onKey(Qt::Key_F10, [bar, menu] {
+        bar->setActiveAction(menu->menuAction());
+        menu->setActiveAction(menu->actions().first());
+    });
 }
 
 void QtApplication::addEditMenu(QMainWindow& window)

@@ -20,14 +20,22 @@ QString toQt(std::string_view text)
     return QString::fromUtf8(text.data(), static_cast<qsizetype>(text.size()));
 }
 
-// The "&" of a button, and of a label that names a field, marks a shortcut key; a text has none.
-QString toQtTitle(std::string_view text)
+// The "&" of a button, and of a label that names a field, marks the key that leads there with Alt:
+// the first of those that the form lists for the control and that the title has.
+QString toQtTitle(const QWidget& control, std::string_view text)
 {
-    return toQt(text).replace('&', "&&");
+    auto title = toQt(text).replace('&', "&&");
+    for (const auto letter : control.property("mnemonics").toString()) {
+        if (const auto at = title.indexOf(letter); at >= 0)
+            return title.insert(at, '&');
+    }
+    return title;
 }
 std::string fromQtTitle(QString text)
 {
-    return text.replace("&&", "&").toStdString();
+    for (qsizetype at = text.indexOf('&'); at >= 0; at = text.indexOf('&', at + 1))
+        text.remove(at, 1);
+    return text.toStdString();
 }
 
 /// Return presses a button as Space does.
@@ -58,7 +66,7 @@ private:
 
 void QtLabel::setStringValue(std::string_view text)
 {
-    widget().setText(widget().buddy() ? toQtTitle(text) : toQt(text));
+    widget().setText(widget().buddy() ? toQtTitle(widget(), text) : toQt(text));
 }
 std::string QtLabel::stringValue() const
 {
@@ -198,7 +206,7 @@ bool QtButton::isDisclosure() const
 }
 void QtButton::setTitle(std::string_view title)
 {
-    widget().setText(toQtTitle(title));
+    widget().setText(toQtTitle(widget(), title));
 }
 std::string QtButton::title() const
 {
@@ -259,8 +267,9 @@ void QtProgressIndicator::stopAnimation()
 
 void QtImageView::setImage(ImageName)
 {
-    const QIcon icon(":/icons/AppIcon.png");
-    widget().setPixmap(icon.pixmap(widget().maximumSize(), widget().devicePixelRatioF()));
+    // The largest, since the view grows with the user's font.
+    widget().setScaledContents(true);
+    widget().setPixmap(QPixmap(":/icons/AppIcon@2x.png", "PNG"));
 }
 
 } // namespace zarn::linux_backend

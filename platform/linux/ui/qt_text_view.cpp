@@ -48,6 +48,8 @@ void QtTextView::setAttributedText(const AttributedText& text)
         cursor.insertText(QString::fromStdString(run.text), formatOf(run, widget().palette()));
     cursor.endEditBlock();
     widget().moveCursor(QTextCursor::Start);
+    // What the window is there to say.
+    widget().window()->setAccessibleDescription(widget().toPlainText().simplified());
 }
 
 } // namespace zarn::linux_backend

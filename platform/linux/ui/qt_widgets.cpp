@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_widgets.h"
 
+#include <QAccessible>
 #include <QHelpEvent>
 #include <QKeyEvent>
 #include <QPainter>
@@ -103,6 +104,19 @@ void NoticeBrowser::changeEvent(QEvent* event)
     QTextBrowser::changeEvent(event);
     if (event->type() == QEvent::FontChange && fontChanged)
         fontChanged();
+}
+
+bool NoticeBrowser::focusNextPrevChild(bool next)
+{
+    const bool hasMoved = QTextBrowser::focusNextPrevChild(next);
+    // To another link. The toolkit only says so when the focus goes to another widget.
+    if (hasMoved && hasFocus() && QAccessible::isActive()) {
+        if (auto* link = QAccessible::queryAccessibleInterface(this)->focusChild()) {
+            QAccessibleEvent focused(link, QAccessible::Focus);
+            QAccessible::updateAccessibility(&focused);
+        }
+    }
+    return hasMoved;
 }
 
 NoticeBrowser::NoticeBrowser(QWidget* parent)

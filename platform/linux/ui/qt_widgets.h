@@ -69,4 +69,5 @@ public:
 
 protected:
     void changeEvent(QEvent* event) override;
+    bool focusNextPrevChild(bool next) override;
 };

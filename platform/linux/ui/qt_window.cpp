@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/qt_window.h"
 
+#include "platform/linux/ui/qt_appearance.h"
 #include "platform/linux/ui/qt_widgets.h"
 
 #include <QAction>
@@ -103,8 +104,13 @@ private:
     bool m_isPainted = false;
 };
 
-void setLargeTexts(const QMainWindow& window)
+/// What has a size of its own has one that goes with the user's font.
+void fitToFont(const QMainWindow& window)
 {
+    for (auto* widget : window.findChildren<QWidget*>()) {
+        if (const auto size = widget->property("usualSize").toSize(); !size.isEmpty())
+            widget->setFixedSize(userPixels(size.width()), userPixels(size.height()));
+    }
     for (auto* label : window.findChildren<QLabel*>()) {
         if (!label->property("largeText").isValid())
             continue;
@@ -126,7 +132,7 @@ void prepareForm(QMainWindow& window)
             widget->setSizePolicy(policy);
         }
     }
-    setLargeTexts(window);
+    fitToFont(window);
 }
 
 } // namespace
@@ -217,6 +223,9 @@ void QtScene::show(const QtScene* presenter)
         m_controller->viewWillAppear();
     fitContent();
     m_window->winId(); // creates what windowHandle() returns
+    // Without a title it goes by this in a task switcher.
+    if (m_window->windowTitle().isEmpty())
+        m_window->windowHandle()->setTitle(m_window->accessibleName());
     if (presenter)
         m_window->windowHandle()->setTransientParent(presenter->m_window->windowHandle());
     // A window that comes up over one that is not on the screen yet may lose the keyboard to it.
@@ -267,7 +276,7 @@ bool QtScene::eventFilter(QObject* watched, QEvent* event)
             & (Qt::WindowMinimized | Qt::WindowFullScreen | Qt::WindowMaximized))
             m_window->setWindowState(Qt::WindowNoState);
     } else if (watched == m_window.get() && event->type() == QEvent::FontChange) {
-        setLargeTexts(*m_window);
+        fitToFont(*m_window);
         // Later, when the text has been written anew in that font.
         QMetaObject::invokeMethod(this, &QtScene::fitNotice, Qt::QueuedConnection);
     } else if (watched == &content() && event->type() == QEvent::LayoutRequest && m_preferredSize) {

@@ -8,6 +8,7 @@
 #include <QClipboard>
 #include <QDialog>
 #include <QLabel>
+#include <QPushButton>
 #include <QScreen>
 #include <QTest>
 
@@ -61,6 +62,31 @@ TEST(QtAlertTest, WhateverItSaysItStaysOnTheScreenWithItsButtons)
         });
         EXPECT_EQ(fixture->runner().runModal(alert), alertSecondButtonReturn);
         EXPECT_TRUE(isPressed);
+    }
+}
+
+TEST(QtAlertTest, EachButtonHasALetterOfItsOwn)
+{
+    struct Case {
+        std::vector<std::string> titles;
+        std::vector<std::string> letters;
+    };
+    const auto fixture = makeAlertFixture();
+    for (const auto& [titles, letters] : {Case{{"OK", "Quit"}, {"Alt+O", "Alt+Q"}},
+             {{"OK", "Cancel"}, {"Alt+O", "Alt+C"}}, {{"View", "Ignore"}, {"Alt+V", "Alt+I"}},
+             {{"Save & quit", "Stop"}, {"Alt+A", "Alt+S"}}, {{"&", "&&"}, {"", ""}}}) {
+        Alert alert{"", "Well?", AlertStyle::Warning, {}};
+        for (const auto& title : titles)
+            alert.buttons.push_back({title, ""});
+        std::vector<std::string> found;
+        fixture->whenOpen([&] {
+            EXPECT_EQ(fixture->buttons(), titles);
+            for (const auto* button : openAlert()->findChildren<QPushButton*>())
+                found.insert(found.begin(), button->shortcut().toString().toStdString());
+            fixture->press(titles.front());
+        });
+        fixture->runner().runModal(alert);
+        EXPECT_EQ(found, letters);
     }
 }
 

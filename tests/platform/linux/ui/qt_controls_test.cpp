@@ -6,11 +6,14 @@
 
 #include <QApplication>
 #include <QClipboard>
+#include <QMainWindow>
+#include <QMenuBar>
 #include <QTest>
 
 #include <algorithm>
 #include <cstdio>
 #include <ctime>
+#include <map>
 
 namespace zarn::linux_backend {
 namespace {
@@ -112,6 +115,72 @@ TEST_F(TypedText, APasswordIsNeitherShownNorCopied)
         QTest::keyClick(QApplication::focusWidget(), key, Qt::ControlModifier);
         EXPECT_EQ(QApplication::clipboard()->text(), "before");
     }
+}
+
+/// The letters that lead to the controls of the configuration view with Alt.
+class Mnemonics : public ScreenContract {
+protected:
+    void SetUp() override { showInitialWindow(); }
+
+    static QWidget& window()
+    {
+        const auto windows = QApplication::topLevelWidgets();
+        return **std::ranges::find_if(windows, [](const auto* widget) {
+            return qobject_cast<const QMainWindow*>(widget) && widget->isVisible();
+        });
+    }
+    /// By letter what has it, in the state that the view is in.
+    static std::multimap<QString, QString> letters()
+    {
+        std::multimap<QString, QString> found;
+        const auto add = [&](const QKeySequence& key, const QString& name) {
+            found.emplace(key.toString(), name);
+        };
+        for (const auto* label : window().findChildren<QLabel*>()) {
+            if (label->isVisible())
+                add(QKeySequence::mnemonic(label->text()), label->objectName());
+        }
+        for (const auto* button : window().findChildren<QAbstractButton*>()) {
+            if (button->isVisible())
+                add(button->shortcut(), button->objectName());
+        }
+        for (const auto* menu : window().findChild<QMenuBar*>()->actions())
+            add(QKeySequence::mnemonic(menu->text()), menu->text());
+        return found;
+    }
+};
+
+TEST_F(Mnemonics, LeadToEveryControlWithoutACollisionInEveryState)
+{
+    int states = 0;
+    for (const auto* server : {"Server:", "Display Name:"}) {
+        for (const auto* account : {"Client ID:", "Username:"}) {
+            for (const auto* secret : {"Client Secret:", "Password:"}) {
+                for (const auto* end : {"Quit", "Cancel"}) {
+                    for (const auto* done : {"Set", "Add"}) {
+                        outlets().label("displayName_Label")->setStringValue(server);
+                        outlets().label("username_label")->setStringValue(account);
+                        outlets().label("password_label")->setStringValue(secret);
+                        button("quit_Button").setTitle(end);
+                        button("updateServerInfo_Button").setTitle(done);
+                        const auto found = letters();
+                        // Four labels, two check boxes, two buttons, the triangle and two menus.
+                        EXPECT_EQ(found.size(), 11U);
+                        for (const auto& [letter, name] : found) {
+                            EXPECT_NE(letter, "") << name.toStdString();
+                            EXPECT_EQ(found.count(letter), 1U)
+                                << letter.toStdString() << " of " << name.toStdString() << ": "
+                                << server << account << secret << end << done;
+                        }
+                        EXPECT_EQ(outlets().label("displayName_Label")->stringValue(), server);
+                        EXPECT_EQ(button("quit_Button").title(), end);
+                        ++states;
+                    }
+                }
+            }
+        }
+    }
+    EXPECT_EQ(states, 32);
 }
 
 /// A text field that is far shorter than its text, and another control.
