@@ -25,6 +25,7 @@ class Wayland(WorldTest):
         screen.press("Add")
         alert = screen.alert()
         self.assertEqual(alert.texts, ["Werk Süd was successfully set"])
+        wait_for(lambda: screen.focused() == ("push button", "OK"), "the keyboard in the alert")
         keys("Return")
         wait_for(lambda: not screen.has_alert(), "the alert to go")
         self.assertEqual(settings(SHARED_SUITE)["serversDict"]["Werk Süd"]["server"], server.url)
