@@ -42,11 +42,15 @@ ZarnActionsApp::ZarnActionsApp(const Services& services, const ProductTexts& tex
         else
             m_status.endProgress(Wait::Keyring);
     });
+    services.settings.setFailureObserver([this](const std::string& reason) {
+        m_status.showFailure("settings.save", "The settings did not take the change: " + reason);
+    });
 }
 
 ZarnActionsApp::~ZarnActionsApp()
 {
     m_services.keychain.setWaitObserver(nullptr);
+    m_services.settings.setFailureObserver(nullptr);
 }
 
 int ZarnActionsApp::run()

@@ -5,6 +5,7 @@
 #include "base/value.h"
 
 #include <cstdint>
+#include <functional>
 #include <optional>
 #include <string>
 #include <string_view>
@@ -13,8 +14,8 @@ namespace zarn {
 
 /// One settings domain: a persistent map of key to property-list value, shared with other programs.
 /// Main thread only. Reads see what another process wrote. A write changes only the key that it
-/// names, and is durable and atomic when it returns. A failed write leaves the old contents and
-/// prints one line on standard error.
+/// names, and is durable and atomic when it returns. A failed write leaves the old contents, prints
+/// one line on standard error, and calls the failure observer of its Settings.
 class SettingsDomain {
 public:
     virtual ~SettingsDomain() = default;
@@ -48,6 +49,11 @@ public:
     virtual SettingsDomain& standard() = 0;
     /// The shared suite `name`, or nullptr when it cannot be opened. Lives as long as this object.
     virtual SettingsDomain* suite(std::string_view name) = 0;
+
+    /// Called within each write that fails, with the reason in one line that holds no value. Empty
+    /// for none.
+    using FailureObserver = std::function<void(const std::string& reason)>;
+    virtual void setFailureObserver(FailureObserver observer) = 0;
 };
 
 } // namespace zarn

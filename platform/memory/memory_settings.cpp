@@ -12,15 +12,26 @@ std::optional<Value> MemorySettingsDomain::object(std::string_view key) const
     return std::nullopt;
 }
 
+bool MemorySettingsDomain::fails() const
+{
+    if (!failure.empty() && m_observer)
+        m_observer(failure);
+    return !failure.empty();
+}
+
 void MemorySettingsDomain::set(std::string_view key, const Value& value)
 {
     m_events.push_back("set " + m_name + " " + std::string(key));
+    if (fails())
+        return;
     values[std::string(key)] = value;
 }
 
 void MemorySettingsDomain::remove(std::string_view key)
 {
     m_events.push_back("remove " + m_name + " " + std::string(key));
+    if (fails())
+        return;
     values.erase(std::string(key));
 }
 
@@ -32,7 +43,8 @@ MemorySettingsDomain* MemorySettings::suite(std::string_view name)
     if (it == m_suites.end())
         it = m_suites
                  .emplace(std::string(name),
-                     std::make_unique<MemorySettingsDomain>(std::string(name), m_events))
+                     std::make_unique<MemorySettingsDomain>(
+                         std::string(name), m_events, m_observer))
                  .first;
     return it->second.get();
 }

@@ -199,6 +199,28 @@ TEST_F(WholeAppTest, ASecretThatWasNotStoredIsInTheStatusLineAndOnStandardOutput
         platform.alertRunner.shown.back().informativeText, "Head office was successfully set");
 }
 
+TEST_F(WholeAppTest, ASettingThatWasNotStoredIsInTheStatusLineAndOnStandardOutput)
+{
+    start();
+    platform.settings.suite("group.R3V8N1P6WB.zarnie.SharedZPMA")->failure = "The disk is full.";
+    addServer("Head office", "https://zarn.example", true);
+    const std::string cause = "The settings did not take the change: The disk is full.";
+    EXPECT_EQ(statusLine(), cause);
+    const auto& lines = platform.console.lines;
+    EXPECT_GT(std::count(lines.begin(), lines.end(), "[settings.save] " + cause), 0);
+    EXPECT_EQ(
+        platform.alertRunner.shown.back().informativeText, "Head office was successfully set");
+}
+
+TEST_F(WholeAppTest, TheSettingsHaveNoObserverOnceTheProgramHasEnded)
+{
+    start();
+    end();
+    platform.settings.standard().failure = "The disk is full.";
+    platform.settings.standard().set("key", 1);
+    EXPECT_EQ(platform.settings.standard().object("key"), std::nullopt);
+}
+
 TEST_F(WholeAppTest, TheKeychainQueueIsMadeOnceOnFirstUseUnderItsName)
 {
     start();

@@ -130,6 +130,28 @@ TEST_F(SettingsContract, SuitesSeeNeitherLaunchArgumentsNorTheDesktopsValues)
     EXPECT_EQ(suite.object("AppleInterfaceStyle"), std::nullopt);
 }
 
+TEST_F(SettingsContract, AWriteThatFailsIsReportedInOneLineAndChangesNothing)
+{
+    std::vector<std::string> reasons;
+    settings.setFailureObserver([&](const std::string& reason) { reasons.push_back(reason); });
+    suite.set("kept", "old");
+    EXPECT_TRUE(reasons.empty());
+    backend().refuseWrites();
+    suite.set("kept", "n3w");
+    suite.remove("kept");
+    ASSERT_EQ(reasons.size(), 2U);
+    for (const auto& reason : reasons) {
+        EXPECT_NE(reason, "");
+        EXPECT_EQ(reason.find('\n'), std::string::npos) << reason;
+        EXPECT_EQ(reason.find("n3w"), std::string::npos) << reason;
+    }
+    EXPECT_EQ(suite.string("kept"), "old");
+    standard.set("another domain", 1);
+    settings.setFailureObserver({});
+    suite.set("kept", "n3w");
+    EXPECT_EQ(reasons.size(), 2U);
+}
+
 TEST_F(SettingsContract, ValuesConvertWhenTheyAreRead)
 {
     suite.set("text", "42 apples");

@@ -19,6 +19,9 @@ public:
     virtual Settings& otherProcess() = 0;
     virtual void setLaunchArgument(const std::string& key, const std::string& value) = 0;
     virtual void setGlobalValue(const std::string& key, const Value& value) = 0;
+    /// From now on no write to `suiteName` succeeds.
+    virtual void refuseWrites() = 0;
+    static constexpr auto suiteName = "group.R3V8N1P6WB.zarnie.SharedZPMA";
 };
 
 /// Made by the backend that this is linked with.
@@ -35,7 +38,7 @@ protected:
     {
     }
 
-    static constexpr auto suiteName = "group.R3V8N1P6WB.zarnie.SharedZPMA";
+    static constexpr auto suiteName = SettingsFixture::suiteName;
 
 private:
     const std::unique_ptr<SettingsFixture> fixture;

@@ -3,6 +3,7 @@
 
 import contextlib
 import json
+import os
 import socket
 import subprocess
 import sys
@@ -10,7 +11,7 @@ import tempfile
 import unittest
 
 from screen import _walk, is_showing, wait_for
-from world import ACTIONS_SUITE, SHARED_SUITE, DemoServer, WorldTest, settings
+from world import ACTIONS_SUITE, SHARED_SUITE, DemoServer, WorldTest, config_folder, current_profile, settings
 
 # A process of its own: who handles events must not remember the tree.
 LISTENER = """
@@ -238,6 +239,27 @@ class Line(StatusTest):
         wait_for(lambda: self.content_size() == (518, 85), "the small size")
         self.assertEqual(self.overlapping(), [])
 
+    def test_a_setting_that_was_not_stored_is_in_the_line(self):
+        server = self.start_server()
+        self.start(server)
+        # In the way of the new file, for an administrator too.
+        obstacle = os.path.join(config_folder(), SHARED_SUITE + ".plist.tmp")
+        os.makedirs(obstacle)
+        self.add(server.url)
+        alert = self.screen.alert()
+        self.assertEqual(alert.texts, ["Demo was successfully set"])
+        reason = f"cannot remove {obstacle}: Is a directory"
+        cause = "The settings did not take the change: " + reason
+        wait_for(lambda: self.status() == cause, f"the status {cause!r}, which is {self.status()!r}")
+        self.assertIn("[settings.save] " + cause, self.program.output().splitlines())
+        self.assertIn(f"zarn-actions: setting serversDict was not saved: {reason}",
+                      self.program.errors().splitlines())
+        self.assertEqual(settings(SHARED_SUITE), {"serversDict": {}})
+        alert.press("OK")
+        self.assertEqual(self.status(), cause)
+        self.screen.fill("Client ID:", "the next act")
+        wait_for(lambda: self.status() == "", "the status to end")
+
     def boxes(self):
         found = {}
         for node in _walk(self.screen.windows()[0]):
@@ -286,6 +308,8 @@ class CredentialMode(StatusTest):
         secret = self.screen.control("password text", "Password:" if by_username else "Client Secret:")
         self.assertGreater(secret.get_text_iface().get_character_count(), 0)
         self.assertEqual(settings(ACTIONS_SUITE).get("useUsername", 0), int(by_username))
+        wait_for(lambda: json.loads(current_profile() or "{}").get("useApiClient") == str(int(not by_username)),
+                 "the current profile to agree")
 
     def ways_out(self, by_username):
         self.register(by_username)

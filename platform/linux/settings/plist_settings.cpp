@@ -154,14 +154,21 @@ Status PlistDomain::tryRemove(std::string_view key)
 
 void PlistDomain::set(std::string_view key, const Value& value)
 {
-    if (const auto status = trySet(key, value); !status)
-        warn("setting " + std::string(key) + " was not saved: " + status.error().message);
+    report("setting " + std::string(key) + " was not saved", trySet(key, value));
 }
 
 void PlistDomain::remove(std::string_view key)
 {
-    if (const auto status = tryRemove(key); !status)
-        warn("setting " + std::string(key) + " was not removed: " + status.error().message);
+    report("setting " + std::string(key) + " was not removed", tryRemove(key));
+}
+
+void PlistDomain::report(const std::string& what, const Status& status) const
+{
+    if (status)
+        return;
+    warn(what + ": " + status.error().message);
+    if (m_observer && *m_observer)
+        (*m_observer)(status.error().message);
 }
 
 class PlistSettings::StandardDomain final : public SettingsDomain {
@@ -213,7 +220,9 @@ PlistDomain* PlistSettings::domain(std::string_view name)
     auto it = m_domains.find(name);
     if (it == m_domains.end()) {
         auto path = m_folder + "/" + std::string(name) + ".plist";
-        it = m_domains.emplace(std::string(name), std::make_unique<PlistDomain>(std::move(path)))
+        it = m_domains
+                 .emplace(
+                     std::string(name), std::make_unique<PlistDomain>(std::move(path), &m_observer))
                  .first;
     }
     return it->second.get();

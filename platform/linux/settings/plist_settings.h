@@ -19,8 +19,10 @@ namespace zarn::linux_backend {
 /// succeeds: what the caller would write may be based on the failed one. Main thread only.
 class PlistDomain final : public SettingsDomain {
 public:
-    explicit PlistDomain(std::string path)
+    /// `observer`, which may be absent, outlives the domain.
+    explicit PlistDomain(std::string path, const Settings::FailureObserver* observer = nullptr)
         : m_path(std::move(path))
+        , m_observer(observer)
     {
     }
 
@@ -44,8 +46,10 @@ private:
     Result<std::shared_ptr<Seen>> lookUnderLock() const;
     Result<std::shared_ptr<Seen>> lookAndSetAside() const;
     Status change(const std::function<bool(PlistDocument&)>& apply);
+    void report(const std::string& what, const Status& status) const;
 
     std::string m_path;
+    const Settings::FailureObserver* m_observer;
     mutable std::shared_ptr<Seen> m_seen;
     // The error of the last read; "" after a success.
     mutable std::string m_readFailure;
@@ -66,12 +70,14 @@ public:
     /// nullptr when the name is not a plain file name or the folder cannot be created.
     SettingsDomain* suite(std::string_view name) override;
     PlistDomain* domain(std::string_view name);
+    void setFailureObserver(FailureObserver observer) override { m_observer = std::move(observer); }
 
     static constexpr const char* standardIdentifier = "com.zarn.ZarnActions";
 
 private:
     class StandardDomain;
     std::string m_folder;
+    FailureObserver m_observer;
     std::map<std::string, std::unique_ptr<PlistDomain>, std::less<>> m_domains;
     std::unique_ptr<StandardDomain> m_standard;
 };

@@ -116,6 +116,12 @@ public:
     {
         m_desktop.values[key] = value;
     }
+    void refuseWrites() override
+    {
+        // Also an administrator cannot make a file there.
+        std::filesystem::create_directories(
+            m_scratch.path() + "/config/zarn-actions/" + suiteName + ".plist.tmp");
+    }
 
 private:
     /// The domains outlive a restart with other launch arguments.
@@ -144,6 +150,10 @@ private:
             m_settings->standard().set(key, value);
         }
         void remove(std::string_view key) override { m_settings->standard().remove(key); }
+        void setFailureObserver(FailureObserver observer) override
+        {
+            m_settings->setFailureObserver(std::move(observer));
+        }
 
     private:
         std::string m_folder;

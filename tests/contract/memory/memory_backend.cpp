@@ -88,6 +88,7 @@ public:
     }
     SettingsDomain& standard() override { return m_standard; }
     SettingsDomain* suite(std::string_view name) override { return m_shared.suite(name); }
+    void setFailureObserver(FailureObserver) override { }
 
 private:
     class OwnValues final : public SettingsDomain {
@@ -124,6 +125,7 @@ public:
     {
         m_settings.standard().globalValues[key] = value;
     }
+    void refuseWrites() override { m_settings.suite(suiteName)->failure = "The disk is full."; }
 
 private:
     std::vector<std::string> m_events;
