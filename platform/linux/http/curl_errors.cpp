@@ -84,6 +84,8 @@ UrlErrorCode certificateErrorOf(long reason)
     case X509_V_ERR_DEPTH_ZERO_SELF_SIGNED_CERT:
     case X509_V_ERR_SELF_SIGNED_CERT_IN_CHAIN:
     case X509_V_ERR_CERT_UNTRUSTED:
+    // An authority of that name is trusted, and has another key.
+    case X509_V_ERR_CERT_SIGNATURE_FAILURE:
         return UrlErrorCode::UnknownAuthority;
     default:
         return UrlErrorCode::CertificateRefused;

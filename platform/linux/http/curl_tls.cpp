@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/http/curl_tls.h"
 
+#include <openssl/err.h>
 #include <openssl/ssl.h>
 #include <openssl/x509v3.h>
 
@@ -30,7 +31,13 @@ bool hasAlternativeName(X509* certificate)
 // not subject to the name constraints of an authority, so modern clients ignore it.
 int verifyHasName(int good, X509_STORE_CTX* store)
 {
-    if (!good || X509_STORE_CTX_get_error_depth(store) != 0)
+    if (!good) {
+        // libcurl reports the oldest error. A signature that another key made leaves one of the
+        // signature's own, which says nothing about the certificate.
+        ERR_clear_error();
+        return 0;
+    }
+    if (X509_STORE_CTX_get_error_depth(store) != 0)
         return good;
     if (hasAlternativeName(X509_STORE_CTX_get_current_cert(store)))
         return 1;

@@ -372,6 +372,25 @@ TEST(HttpTls, NoServerOfTheListGetsOneByteOfARequest)
     EXPECT_EQ(refused, list.size());
 }
 
+TEST(HttpTls, AnAuthorityWithTheNameOfAKnownOneAndAnotherKeyIsAnUnknownOne)
+{
+    for (const auto key : {KeyKind::EcP256, KeyKind::Rsa2048}) {
+        auto options = demo::authorityOptions("Test authority");
+        options.key = key;
+        const Certificate impostor = makeCertificate(options);
+        for (const auto& chain : {std::string(), impostor.certificatePem}) {
+            LoopbackServer server([](const Request&) { return Reply{}; },
+                serverWith(makeCertificate(goodLeaf(), &impostor), chain));
+            HttpClient client;
+            EXPECT_FALSE(client.get(server.https()));
+            ASSERT_TRUE(client.error);
+            EXPECT_EQ(client.error->code, UrlErrorCode::UnknownAuthority) << client.error->text;
+            EXPECT_NE(client.error->text.find("certificate"), std::string::npos)
+                << client.error->text;
+        }
+    }
+}
+
 TEST(HttpTls, EveryServerOfTheListWouldAnswerWhoeverTrustsIt)
 {
     std::size_t answered = 0;
