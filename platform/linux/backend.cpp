@@ -251,7 +251,8 @@ Backend::Start Backend::start(const Options& options)
         return {nullptr, EXIT_SUCCESS, "Zarn Actions is already running"};
     case SingleInstance::Outcome::Busy:
         return {nullptr, EXIT_FAILURE,
-            "another copy is ending or zarn-profile is changing the profiles: try again"};
+            "another copy is storing secrets (is the keyring's unlock prompt open?), or "
+            "zarn-profile is changing the profiles: try again"};
     case SingleInstance::Outcome::Elsewhere:
         return {nullptr, EXIT_FAILURE, "a copy on another machine uses " + paths.config};
     case SingleInstance::Outcome::Failed:
