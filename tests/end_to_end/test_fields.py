@@ -3,10 +3,11 @@
 
 import base64
 import datetime
+import subprocess
 import unittest
 
-from pictures import pixels
-from screen import keys, type_text, wait_for
+from pictures import colors_of, pixels
+from screen import _walk, is_showing, keys, type_text, wait_for
 from world import ACTIONS_SUITE, SHARED_SUITE, DemoServer, WorldTest, current_profile, write_settings
 
 END_OF_EDITING = "[controlTextDidEndEditing] server: "
@@ -179,6 +180,49 @@ class Fields(WorldTest):
         screen.tab_to("push button", "Cancel")
         keys("Return")
         screen.control("push button", "Quit")
+
+    def colors_inside(self, name):
+        x, y, width, height = self.screen.area(self.screen.control("text", name))
+        return colors_of((x + 6, y + 6, width - 12, height - 12))
+
+    def test_an_empty_server_field_shows_the_form_of_an_address(self):
+        screen = self.start()
+        self.wait_for_focus("text", "Display Name:")
+        wait_for(lambda: len(self.colors_inside("Client ID:")) == 1, "an empty field without a text")
+        empty = self.colors_inside("Server URL:")
+        self.assertGreater(len(empty), 1)
+        screen.fill("Server URL:", "https://host:8443")
+        # Where something is typed it is darker.
+        wait_for(lambda: min(map(sum, self.colors_inside("Server URL:"))) < min(map(sum, empty)), "the typed text")
+        screen.fill("Server URL:", "")
+        wait_for(lambda: self.colors_inside("Server URL:") == empty, "the form of an address")
+
+    def hover(self, role, name):
+        x, y, width, height = self.screen.area(self.screen.control(role, name))
+        for step in (0, 3):
+            subprocess.run(["xdotool", "mousemove", str(x + width // 2 + step), str(y + height // 2)], check=True)
+
+    def tool_tip(self):
+        tips = [node for node in _walk(self.screen.application()) if node.get_role_name() == "tool tip" and is_showing(node)]
+        # Addresses may be broken at what is no letter.
+        return tips[0].get_name().replace("\u200b", "") if tips else None
+
+    def test_a_long_address_is_whole_in_its_tool_tip_and_a_long_cause_too(self):
+        screen = self.start()
+        address = "https://a-server-of-a-long-name." + "and-so-on." * 12 + "invalid:8443/"
+        screen.fill("Display Name:", "Long")
+        screen.fill("Client ID:", "short")
+        screen.fill("Server URL:", address)
+        self.hover("text", "Server URL:")
+        wait_for(lambda: self.tool_tip() == address, f"the address, not {self.tool_tip()!r}")
+        self.hover("text", "Client ID:")
+        wait_for(lambda: self.tool_tip() is None, "the tool tip to go")
+        screen.press("Add")
+        screen.alert().press("OK")
+        cause = screen.named("notification")
+        self.assertRegex(cause, "^The name a-server.*….*and-so-on.invalid was not found; check its spelling and the network$")
+        self.hover("notification", cause)
+        wait_for(lambda: self.tool_tip() == cause, f"the cause, not {self.tool_tip()!r}")
 
     def test_a_long_address_is_shown_from_its_start(self):
         start = "https://a-server-of-a-long-name." + "and-so-on." * 12 + "example:8443/"

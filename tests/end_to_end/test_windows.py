@@ -52,6 +52,9 @@ class WindowsTest(WorldTest):
         return self.windows()[-1]
 
     def go_to_another_program(self):
+        ours = [window.id for window in self.windows()]
+        # One that has still to get the keyboard would take it from the other program.
+        wait_for(lambda: active_window() in ours, "a window of this program in front")
         if ON_WAYLAND:
             subprocess.run(["swaymsg", f"workspace empty-{time.monotonic()}"], check=True, stdout=subprocess.DEVNULL)
         else:
@@ -59,8 +62,9 @@ class WindowsTest(WorldTest):
             self.addCleanup(foreign.stdout.close)
             self.addCleanup(foreign.wait)
             self.addCleanup(foreign.terminate)
-        wait_for(lambda: active_window() not in [window.id for window in self.windows()], "another program in front")
-
+            self.assertEqual(foreign.stdout.readline(), b"shown\n")
+        # For a moment no window may have it.
+        wait_for(lambda: active_window() not in ours + [0], "another program in front")
 
     @staticmethod
     def start_again(token=None):
