@@ -15,6 +15,9 @@ Registers Zarn Pro servers and their credentials for your automation actions.
   -V, --version       print the version and end
   --diagnose          check where settings, log and keychain are kept, and whether they can be
                       written and read; needs no display; exit code 0 only if all is well
+  --diagnose URL      connect to a server as the window would, without credentials, and print
+                      addresses, proxy, TLS version, certificates and why the server is refused;
+                      exit code 0 only if it is reached and trusted
 )";
 
 constexpr std::string_view helpAfter
@@ -84,6 +87,10 @@ Result<LaunchOptions> parseLaunchOptions(
             options.task = LaunchOptions::Task::Version;
         } else if (argument == "--diagnose") {
             options.task = LaunchOptions::Task::Diagnose;
+            if (i + 1 < arguments.size() && !arguments[i + 1].starts_with('-')) {
+                options.task = LaunchOptions::Task::DiagnoseServer;
+                options.server = arguments[++i];
+            }
         } else if (argument.substr(0, keychainOption.size()) == keychainOption) {
             options.keychain = argument.substr(keychainOption.size());
             if (!isKnown(options.keychain))

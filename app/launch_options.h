@@ -12,8 +12,10 @@ namespace zarn {
 
 /// What the command line asks for.
 struct LaunchOptions {
-    enum class Task { Run, Help, Version, Diagnose };
+    enum class Task { Run, Help, Version, Diagnose, DiagnoseServer };
     Task task = Task::Run;
+    /// The URL of the server to diagnose, as it was given.
+    std::string server;
     /// The name of a keychain, or empty when nothing is forced.
     std::string keychain;
     /// "-key", "value", "-key", "value" ...: values for the standard settings domain, this run

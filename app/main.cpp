@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
 // The process entry, of whatever backend the build has chosen.
+#include "app/connection_report.h"
 #include "app/launch_options.h"
 #include "app/zarn_actions_app.h"
 #include "base/warn.h"
@@ -76,6 +77,11 @@ int main(int argc, char** argv)
         return printed(Backend::versionLine());
     case LaunchOptions::Task::Diagnose:
         return afterPrinting(Backend::diagnose(backendOptions));
+    case LaunchOptions::Task::DiagnoseServer: {
+        const auto report = zarn::reportConnection(options.server, Backend::probeConnection);
+        const int result = printed(Backend::versionLine() + report.text);
+        return report.isWell ? result : EXIT_FAILURE;
+    }
     case LaunchOptions::Task::Run:
         break;
     }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
+#include "platform/connection_facts.h"
 #include "platform/keychain.h"
 #include "platform/product_texts.h"
 #include "platform/services.h"
@@ -41,6 +42,8 @@ public:
     /// Checks settings, keychain and folders and prints the results. Returns the exit code of the
     /// process.
     static int diagnose(const Options& options);
+    /// Connects to a server as a request would, without sending one.
+    static ConnectionFacts probeConnection(const Url& url);
 
     /// Makes sure that this is the only running copy, then opens the display. If another copy runs,
     /// its window is raised and nothing is started.

@@ -7,10 +7,12 @@
 #include "platform/linux/desktop/process_signals.h"
 #include "platform/linux/desktop/x11_window_list.h"
 #include "platform/linux/diagnosis.h"
+#include "platform/linux/files/module.h"
 #include "platform/linux/files/paths.h"
 #include "platform/linux/files/posix_services.h"
 #include "platform/linux/files/process_guard.h"
 #include "platform/linux/files/single_instance.h"
+#include "platform/linux/http/http_module.h"
 #include "platform/linux/http/lazy_url_sessions.h"
 #include "platform/linux/keychain/keychain_thread.h"
 #include "platform/linux/queues/thread_serial_queue.h"
@@ -233,6 +235,15 @@ int Backend::diagnose(const Options& options)
     return printDiagnosis(Paths::fromEnvironment(), linux_backend::keychainOptions(choice))
         ? EXIT_SUCCESS
         : EXIT_FAILURE;
+}
+
+ConnectionFacts Backend::probeConnection(const Url& url)
+{
+    auto* probe
+        = reinterpret_cast<ProbeConnection*>(moduleFunction(httpModuleFile, probeConnectionSymbol));
+    ConnectionFacts facts;
+    probe(&url, &facts);
+    return facts;
 }
 
 Backend::Start Backend::start(const Options& options)

@@ -50,6 +50,11 @@ int Backend::diagnose(const Options&)
     return EXIT_FAILURE;
 }
 
+ConnectionFacts Backend::probeConnection(const Url&)
+{
+    return {{}, UrlError{UrlErrorCode::Other, "not connected"}};
+}
+
 Backend::Start Backend::start(const Options&)
 {
     return {std::unique_ptr<Backend>(new Backend(std::make_unique<Adapters>())), 0, ""};

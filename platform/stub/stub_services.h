@@ -120,6 +120,7 @@ class StubSettings : public Settings {
 public:
     SettingsDomain& standard() override { return m_domain; }
     SettingsDomain* suite(std::string_view) override { return &m_domain; }
+    void setFailureObserver(FailureObserver) override { }
 
 private:
     StubSettingsDomain m_domain;

@@ -45,6 +45,26 @@ TEST(LaunchOptionsTest, EachOptionNamesItsTask)
     }
 }
 
+TEST(LaunchOptionsTest, AServerToDiagnoseIsTakenAsItIsGiven)
+{
+    for (const std::string server : {"https://a.example:8443", " https://a b", "", "file"}) {
+        const auto parsed = parse({"--diagnose", server, "--keychain=file"});
+        ASSERT_TRUE(parsed) << server;
+        EXPECT_EQ(parsed.value().task, Task::DiagnoseServer) << server;
+        EXPECT_EQ(parsed.value().server, server);
+        EXPECT_EQ(parsed.value().keychain, "file");
+    }
+    for (const auto& [option, task] : {std::pair("--keychain=file", Task::Diagnose),
+             std::pair("--diagnose", Task::Diagnose), std::pair("-V", Task::Version)}) {
+        const auto parsed = parse({"--diagnose", option});
+        ASSERT_TRUE(parsed) << option;
+        EXPECT_EQ(parsed.value().task, task) << option;
+        EXPECT_EQ(parsed.value().server, "");
+    }
+    EXPECT_EQ(refusalOf({"--diagnose", "https://a", "https://b"}),
+        "unknown option 'https://b' (see --help)");
+}
+
 TEST(LaunchOptionsTest, TheKeychainCanBeForced)
 {
     for (const std::string name : {"secret-service", "file"}) {
@@ -113,8 +133,8 @@ TEST(LaunchOptionsTest, TheHelpNamesEveryOptionAndTheChoiceOfKeychain)
 {
     const auto help = launchHelp(keychains);
     for (const std::string_view text : {"-h, --help", "-V, --version", "--diagnose", "-KEY VALUE",
-             "one line on standard error says so",
-             "only if all is well\n  --keychain=secret-service\n                      only the "
+             "one line on standard error says so", "only if all is well\n  --diagnose URL ",
+             "reached and trusted\n  --keychain=secret-service\n                      only the "
              "service\n  --keychain=file     only the file\n  -KEY VALUE"})
         EXPECT_NE(help.find(text), std::string::npos) << text;
     EXPECT_TRUE(help.starts_with("Usage: zarn-actions [OPTION]... [-KEY VALUE]...\n"));

@@ -115,25 +115,23 @@ private:
     Result<CurlJob, UrlError> makeJob(const UrlSessionConfiguration& configuration,
         ServerTrust trust, const UrlRequest& request) const
     {
-        const auto url = HttpUrl::parse(request.url.text());
-        if (!url)
-            return UrlError{UrlErrorCode::BadUrl, "not an http or https address of a server"};
+        const auto url = allowedAddress(request.url);
+        if (!url) {
+            if (url.error().code == UrlErrorCode::InsecureHttp)
+                m_complain(url.error().text);
+            return url.error();
+        }
         if (!isHttpToken(request.method) || !headersAreSafe(configuration.additionalHeaders))
             return UrlError{UrlErrorCode::BadRequest, "a header cannot be sent as it is"};
-        if (!url->https && !url->isLoopback()) {
-            m_complain("nothing was sent to " + url->origin()
-                + ": http is allowed to this computer only, use https");
-            return UrlError{UrlErrorCode::InsecureHttp, "http is allowed to this computer only"};
-        }
         if (trust == ServerTrust::AcceptAny
             && carriesCredentials(configuration.additionalHeaders, request.body)) {
-            m_complain("nothing was sent to " + url->origin()
+            m_complain("nothing was sent to " + url.value().origin()
                 + ": no credentials go to a server whose certificate is not verified");
             return UrlError{UrlErrorCode::CredentialsWithheld,
                 "no credentials go to a server whose certificate is not verified"};
         }
-        CurlJob job{
-            {*url, request.method, request.body}, configuration.additionalHeaders, trust, m_limits};
+        CurlJob job{{url.value(), request.method, request.body}, configuration.additionalHeaders,
+            trust, m_limits};
         job.limits.connect = std::min<std::chrono::milliseconds>(m_limits.connect, request.timeout);
         job.limits.idle = std::min<std::chrono::milliseconds>(m_limits.idle, request.timeout);
         return job;

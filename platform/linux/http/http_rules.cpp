@@ -42,6 +42,18 @@ bool isRedirect(int status)
 
 } // namespace
 
+Result<HttpUrl, UrlError> allowedAddress(const Url& url)
+{
+    const auto address = HttpUrl::parse(url.text());
+    if (!address)
+        return UrlError{UrlErrorCode::BadUrl, "not an http or https address of a server"};
+    if (!address->https && !address->isLoopback())
+        return UrlError{UrlErrorCode::InsecureHttp,
+            "nothing was sent to " + address->origin()
+                + ": http is allowed to this computer only, use https"};
+    return *address;
+}
+
 bool sameHeaderName(std::string_view a, std::string_view b)
 {
     return std::equal(a.begin(), a.end(), b.begin(), b.end(),

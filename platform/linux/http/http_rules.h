@@ -19,6 +19,9 @@ struct HttpHop {
 
 inline constexpr int maximumRedirects = 16;
 
+/// The address of a request that may be sent: http or https, and http to loopback hosts only.
+Result<HttpUrl, UrlError> allowedAddress(const Url& url);
+
 /// Whether these headers can go on the wire as they are: names are tokens, values hold no control
 /// character but the tab, and none is a header that belongs to the transport (Host,
 /// Content-Length, Transfer-Encoding, Connection and their like).
