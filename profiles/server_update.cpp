@@ -83,12 +83,12 @@ std::string ServerUpdate::succeed()
     auto& outlets = m_deps.outlets;
     saveSecrets();
     const bool isAdded = outlets.updateServerInfo_Button->title() == "Add";
-    if (isAdded)
+    if (isAdded) {
         saveProfile();
+        storeCredentialMode();
+    }
     m_deps.store.rememberCurrent(
         outlets.displayName_TextField->stringValue(), m_deps.connection.username);
-    if (isAdded)
-        storeCredentialMode();
     outlets.displayName_Label->setStringValue("Server:");
     outlets.selectServer_Button->setHidden(false);
     outlets.displayName_TextField->setHidden(true);

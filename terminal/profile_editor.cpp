@@ -24,8 +24,8 @@ ExitCode exitCodeOf(const UpdateOutcome& outcome)
 ProfileEditor::ProfileEditor(const CommandContext& context, Keychain& keychain)
     : m_context(context)
     , m_keychain(keychain)
-    , m_logFile(
-          {context.services.fileManager, context.services.clock, context.services.dateFormatter})
+    , m_files(context.services.fileManager)
+    , m_logFile({m_files, context.services.clock, context.services.dateFormatter})
     , m_log(m_logFile)
     , m_application(context.services.runLoop)
     , m_login(std::make_unique<LoginVC>(LoginVC::Deps{.connection = m_connection,

@@ -7,6 +7,7 @@
 #include "profiles/status_line.h"
 #include "terminal/command_context.h"
 #include "terminal/exit_code.h"
+#include "terminal/kept_files.h"
 #include "terminal/plain_screen.h"
 #include "terminal/terminal_status.h"
 #include "terminal/wiped_connection.h"
@@ -55,6 +56,7 @@ private:
     CommandContext m_context;
     Keychain& m_keychain;
     WipedConnection m_connection;
+    KeptFiles m_files;
     LogFile m_logFile;
     WriteToLog m_log;
     PlainScreen m_screen;

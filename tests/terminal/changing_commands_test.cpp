@@ -356,6 +356,16 @@ TEST_F(ChangingCommandsTest, NoSecretIsPrinted)
         EXPECT_EQ(contents.find("s3cret"), std::string::npos) << path;
 }
 
+TEST_F(ChangingCommandsTest, TwoCommandsInOneSecondKeepBothLogs)
+{
+    addTwo();
+    std::string all;
+    for (const auto& [path, contents] : platform.fileManager.files)
+        all += contents;
+    EXPECT_NE(all.find("Attempting to retrieve token from https://berlin"), std::string::npos);
+    EXPECT_NE(all.find("Attempting to retrieve token from https://bonn"), std::string::npos);
+}
+
 TEST_F(ChangingCommandsTest, ANameThatNoFieldCouldHoldIsRefused)
 {
     for (const auto* name : {"a\nb", "\x7f", "\xff"})
