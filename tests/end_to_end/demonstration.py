@@ -11,7 +11,7 @@ import sys
 os.environ["ZARN_BUILD"] = os.path.abspath(sys.argv[1])
 
 from screen import screenshot, wait_for  # noqa: E402
-from world import (ACTIONS_SUITE, SHARED_SUITE, DemoServer, Program, current_profile,  # noqa: E402
+from world import (ACTIONS_SUITE, SHARED_SUITE, DemoServer, Program, built, current_profile,  # noqa: E402
                    keychain_items, log_lines, settings)
 
 
@@ -33,6 +33,18 @@ def register(screen, server):
     if alert.texts != ["Demonstration server was successfully set"]:
         raise AssertionError("the demonstration server was not registered")
     alert.press("OK")
+
+
+def terminal(server):
+    """The same from a terminal."""
+    environment = {**os.environ, "SSL_CERT_FILE": server.ca_file, "no_proxy": "127.0.0.1"}
+    print("\nIn a terminal")
+    for command in ("list", "token"):
+        done = subprocess.run([built("zarn-profile"), command], env=environment, capture_output=True, text=True,
+                              timeout=60, check=False)
+        if done.returncode or not done.stdout.strip():
+            raise AssertionError(f"zarn-profile {command} failed: {done.stderr}")
+        print(f"  $ zarn-profile {command}\n  {'*' * 8 if command == 'token' else done.stdout.rstrip()}")
 
 
 def report(server, picture):
@@ -71,6 +83,9 @@ def main():
         report(server, picture)
         if program.errors():
             raise AssertionError("the program complained: " + program.errors())
+        program.end()
+        program = None
+        terminal(server)
     finally:
         if program:
             program.end()

@@ -6,6 +6,7 @@
 """
 
 import os
+import plistlib
 import pty
 import shutil
 import subprocess
@@ -153,7 +154,31 @@ class CompletionTest(unittest.TestCase):
         self.offers(self.bash(), "zarn-keychain ", "--access-group=", "--force", "--help", "--json",
                     "--keychain=", "--version", "-V", "-h", "list", "show")
 
+    def register(self, *names):
+        """Servers as they are stored."""
+        servers = {name: {"server": "https://zarn.example"} for name in names}
+        path = os.path.join(self.home, "zarn-actions", "group.R3V8N1P6WB.zarnie.SharedZPMA.plist")
+        os.makedirs(os.path.dirname(path), 0o700, exist_ok=True)
+        with open(path, "wb") as file:
+            plistlib.dump({"serversDict": servers}, file)
+
+    def test_bash_completes_the_commands_options_and_servers_of_zarn_profile(self):
+        trap = os.path.join(self.home, "trap")
+        self.register("Berlin", "Bonn am Rhein", f"$(touch {trap})")
+        shell = self.bash()
+        self.offers(shell, "zarn-profile ", "--help", "--keychain=", "--version", "-V", "-h", "add", "api", "check",
+                    "list", "remove", "set", "show", "terms", "token", "use")
+        self.offers(shell, "zarn-profile add x -", "--client-id", "--help", "--if-missing", "--url", "--user", "-h")
+        self.offers(shell, "zarn-profile --keychain=file show -", "--force", "--help", "--json", "--reveal", "-h")
+        self.offers(shell, "zarn-profile api ", "GET", "POST", "PUT")
+        for line in ("use Be", "--keychain=file use Be", "show Be", "set Be", "remove --yes Be", "token Be"):
+            self.assertEqual(shell.line("zarn-profile " + line), f"zarn-profile {line}rlin ")
+        self.assertEqual(shell.line("zarn-profile use Bo"), "zarn-profile use Bonn\\ am\\ Rhein ")
+        shell.line("zarn-profile use ", "\x19")
+        self.assertFalse(os.path.exists(trap))
+
     def test_zsh_completes_too(self):
+        self.register("Berlin", "Bonn am Rhein")
         shell = Shell(["zsh", "-f", "-i"], ZSH, self.environment)
         self.addCleanup(shell.end)
         for typed, line in (("zarn-actions --di", "zarn-actions --diagnose "),
@@ -161,6 +186,12 @@ class CompletionTest(unittest.TestCase):
                             ("zarn-keychain sh", "zarn-keychain show "),
                             ("zarn-keychain --fo", "zarn-keychain --force "),
                             ("zarn-defaults --js", "zarn-defaults --json "),
+                            ("zarn-profile rem", "zarn-profile remove "),
+                            ("zarn-profile --keychain=f", "zarn-profile --keychain=file "),
+                            ("zarn-profile show --rev", "zarn-profile show --reveal "),
+                            ("zarn-profile use Be", "zarn-profile use Berlin "),
+                            ("zarn-profile use Bo", "zarn-profile use Bonn\\ am\\ Rhein "),
+                            ("zarn-profile api P", "zarn-profile api P"),
                             ("zarn-defaults wr", "zarn-defaults write "),
                             ("zarn-defaults write com", "zarn-defaults write com.zarn.ZarnActions "),
                             ("zarn-defaults write com.zarn.ZarnActions k -bo",

@@ -279,10 +279,11 @@ class LifeTest(unittest.TestCase):
         """The demonstration server is registered in the window of the installed program."""
         folder = scratch("programs-")
         os.symlink(BUILD + "/zarn-pro-demo", folder + "/zarn-pro-demo")
-        with open(folder + "/zarn-actions", "w", encoding="utf-8") as file:
-            words = " ".join("'" + word.replace("'", "'\\''") + "'" for word in root.command("zarn-actions"))
-            file.write(f'#!/bin/sh\nexec {words} "$@"\n')
-        os.chmod(folder + "/zarn-actions", 0o755)
+        for program in ("zarn-actions", "zarn-profile"):
+            with open(f"{folder}/{program}", "w", encoding="utf-8") as file:
+                words = " ".join("'" + word.replace("'", "'\\''") + "'" for word in root.command(program))
+                file.write(f'#!/bin/sh\nexec {words} "$@"\n')
+            os.chmod(f"{folder}/{program}", 0o755)
         shown = run("/usr/bin/python3", SOURCE + "/tests/end_to_end/demonstration.py", folder, folder).stdout
         self.assertIn("Demonstration server was successfully set", shown)
         self.assertIn("ZPMA-zortcuts (zortcuts): secret ********", shown)
