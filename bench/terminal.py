@@ -69,9 +69,11 @@ def main():
         is_kept &= row("zarn-profile show / Python reads the same", showing, reading - start, 1.5)
         is_kept &= row("zarn-profile list / 15 ms", listing, 15, 1)
         is_kept &= row("zarn-profile show / 15 ms", showing, 15, 1)
-        form = f"grant_type=client_credentials&client_id={CLIENT}&client_secret={SECRET}"
+        form = scratch + "/form"
+        with open(form, "w", encoding="ascii") as file:
+            file.write(f"grant_type=client_credentials&client_id={CLIENT}&client_secret={SECRET}")
         token, curl = medians(41, [PROGRAM, "--keychain=file", "token"],
-                              ["curl", "--silent", "--fail", "--cacert", ca_file, "--data", form,
+                              ["curl", "--silent", "--fail", "--cacert", ca_file, "--data", "@" + form,
                                url + "/api/oauth/token"])
         is_kept &= row("zarn-profile token / curl", token, curl, 1.3)
     finally:

@@ -35,6 +35,8 @@ public:
     ProductTexts productTexts() const;
     /// From now on all that the keychain still has to do is bounded as a whole.
     void announceEnding();
+    /// A server is going to be asked: what that needs may be made ready in the background.
+    void expectServer();
     /// After an interruption, once no object of this class is left: ends the process by the signal.
     static void endBySignal();
 

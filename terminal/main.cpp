@@ -26,11 +26,20 @@ int print(const std::string& text)
     return fail(ExitCode::NotWritten, "standard output cannot be written");
 }
 
+bool asksServer(zarn::Command::Verb verb)
+{
+    using Verb = zarn::Command::Verb;
+    return verb == Verb::Add || verb == Verb::Set || verb == Verb::Check || verb == Verb::Token
+        || verb == Verb::Api;
+}
+
 int run(const zarn::Command& command)
 {
     TerminalBackend platform(command.keychain);
     if (!platform.hasHome())
         return fail(ExitCode::NotWritten, "there is no home directory: set HOME");
+    if (asksServer(command.verb))
+        platform.expectServer();
     zarn::TerminalApp app(platform.services(), platform.productTexts());
     const auto code = app.run(command);
     platform.announceEnding();

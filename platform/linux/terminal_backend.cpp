@@ -17,6 +17,7 @@
 #include "zarn/product_constants.h"
 
 #include <csignal>
+#include <thread>
 
 namespace zarn {
 
@@ -81,6 +82,7 @@ struct TerminalBackend::Adapters {
     PlistSettings settings{paths.config, {}, nullptr};
     KeychainThread keychain;
     LazyUrlSessions urlSessions{runLoop};
+    std::thread preloading;
 };
 
 void TerminalBackend::prepareProcess()
@@ -106,7 +108,11 @@ TerminalBackend::TerminalBackend(const std::string& keychain)
 {
 }
 
-TerminalBackend::~TerminalBackend() = default;
+TerminalBackend::~TerminalBackend()
+{
+    if (m_adapters->preloading.joinable())
+        m_adapters->preloading.join();
+}
 
 bool TerminalBackend::hasHome() const
 {
@@ -133,6 +139,13 @@ TerminalServices TerminalBackend::services()
 ProductTexts TerminalBackend::productTexts() const
 {
     return compiledProductTexts();
+}
+
+// The libraries for HTTP and for the keychain take longest to load: one does while the other works.
+void TerminalBackend::expectServer()
+{
+    m_adapters->preloading
+        = std::thread([&sessions = m_adapters->urlSessions] { sessions.preload(); });
 }
 
 void TerminalBackend::announceEnding()

@@ -72,6 +72,8 @@ ProductTexts TerminalBackend::productTexts() const
 
 void TerminalBackend::announceEnding() { }
 
+void TerminalBackend::expectServer() { }
+
 void TerminalBackend::endBySignal() { }
 
 } // namespace zarn
