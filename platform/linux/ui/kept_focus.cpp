@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "platform/linux/ui/kept_focus.h"
 
+#include <QApplication>
 #include <QVariant>
 #include <QWidget>
 
@@ -38,13 +39,20 @@ void KeptFocus::handOn()
     park();
     if (isOwner())
         QMetaObject::invokeMethod(
-            &m_widget, [this] { giveToNext(); }, Qt::QueuedConnection);
+            &m_life, [this] { giveToNext(); }, Qt::QueuedConnection);
 }
 
 void KeptFocus::giveToNext()
 {
     if (!isOwner() || !isParked())
         return;
+    // A window that gets a focus asks for the keyboard, which on Wayland takes it from the alert.
+    if (const auto* modal = QApplication::activeModalWidget();
+        modal && modal != m_widget.window()) {
+        QObject::connect(
+            modal, &QObject::destroyed, &m_life, [this] { giveToNext(); }, Qt::QueuedConnection);
+        return;
+    }
     auto* next = nextByTab(m_widget);
     m_heir = next;
     if (next)

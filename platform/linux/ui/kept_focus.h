@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 #pragma once
 
-#include <Qt>
+#include <QObject>
 
 class QWidget;
 
@@ -36,6 +36,8 @@ private:
 
     QWidget& m_widget;
     const QWidget* m_heir = nullptr;
+    /// What is put off goes with this object.
+    QObject m_life;
 };
 
 } // namespace zarn::linux_backend

@@ -5,9 +5,11 @@
 #include <QFontMetrics>
 #include <QPainter>
 #include <QPalette>
+#include <QPolygonF>
 #include <QProxyStyle>
 #include <QStyleOption>
 #include <QToolTip>
+#include <QTransform>
 
 #include <algorithm>
 #include <cmath>
@@ -101,9 +103,16 @@ public:
     void drawPrimitive(PrimitiveElement element, const QStyleOption* option, QPainter* painter,
         const QWidget* widget) const override
     {
-        if (element == PE_FrameFocusRect) {
+        switch (element) {
+        case PE_FrameFocusRect:
             drawFocus(*option, *painter);
             return;
+        case PE_IndicatorArrowDown:
+        case PE_IndicatorArrowRight:
+            drawArrow(*option, *painter, element == PE_IndicatorArrowDown);
+            return;
+        default:
+            break;
         }
         QProxyStyle::drawPrimitive(element, option, painter, widget);
         const bool hasRing = element == PE_FrameLineEdit || element == PE_PanelButtonCommand;
@@ -117,9 +126,11 @@ public:
     void drawComplexControl(ComplexControl control, const QStyleOptionComplex* option,
         QPainter* painter, const QWidget* widget) const override
     {
-        QProxyStyle::drawComplexControl(control, option, painter, widget);
-        if (control != CC_ComboBox)
+        if (control != CC_ComboBox) {
+            QProxyStyle::drawComplexControl(control, option, painter, widget);
             return;
+        }
+        drawPopUp(*option, *painter, widget);
         if (option->state.testFlag(State_HasFocus))
             drawFocus(*option, *painter);
         else if (option->state.testFlag(State_Enabled))
@@ -152,6 +163,32 @@ public:
     }
 
 private:
+    /// The toolkit's arrow has one size, whatever the font.
+    void drawPopUp(
+        const QStyleOptionComplex& option, QPainter& painter, const QWidget* widget) const
+    {
+        QStyleOptionComboBox box(*qstyleoption_cast<const QStyleOptionComboBox*>(&option));
+        box.subControls &= ~SC_ComboBoxArrow;
+        QProxyStyle::drawComplexControl(CC_ComboBox, &box, &painter, widget);
+        QStyleOption arrow(option);
+        arrow.rect = subControlRect(CC_ComboBox, &option, SC_ComboBoxArrow, widget);
+        drawArrow(arrow, painter, true);
+    }
+    static void drawArrow(const QStyleOption& option, QPainter& painter, bool down)
+    {
+        const double size = std::min<double>(
+            QFontMetrics(QApplication::font()).ascent() * 0.4, option.rect.width() * 0.4);
+        const auto middle = QRectF(option.rect).center();
+        QPolygonF arrow({{-size, -size / 2}, {size, -size / 2}, {0, size / 2}});
+        if (!down)
+            arrow = QTransform().rotate(-90).map(arrow);
+        painter.save();
+        painter.setRenderHint(QPainter::Antialiasing);
+        painter.setPen(Qt::NoPen);
+        painter.setBrush(option.palette.buttonText());
+        painter.drawPolygon(arrow.translated(middle));
+        painter.restore();
+    }
     static void drawRing(
         const QStyleOption& option, QPainter& painter, const QColor& color, double width)
     {
