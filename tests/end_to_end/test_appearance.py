@@ -33,7 +33,7 @@ class DesktopTest(WorldTest):
     def inside(self, role, name):
         """The colours within the frame of a control."""
         x, y, width, height = self.screen.area(self.screen.control(role, name))
-        inset = 4 if role == "push button" else 0
+        inset = 4 if role in ("push button", "combo box") else 0
         return colors_of((x + inset, y + inset, width - 2 * inset, height - 2 * inset))
 
     def window_area(self, title):
@@ -41,6 +41,14 @@ class DesktopTest(WorldTest):
             if window.get_name() == title:
                 return self.screen.area(window)
         raise NotFound(f"no window {title!r}")
+
+    def assert_frames_stand_out(self, ratio=3):
+        for role, name in (("text", "Server URL:"), ("password text", "Client Secret:"),
+                           ("check box", "Save credentials")):
+            x, y, width, height = self.screen.area(self.screen.control(role, name))
+            if role == "check box":
+                width = height  # The box alone.
+            self.assertGreaterEqual(text_contrast(colors_of((x, y, width, height))), ratio, name)
 
 
 class Appearance(DesktopTest):
@@ -71,14 +79,6 @@ class Appearance(DesktopTest):
         self.assertEqual(field.get_description(), "https://host:8443")
         x, y, width, height = self.screen.area(field)
         self.assertGreaterEqual(text_contrast(colors_of((x + 4, y + 4, width - 8, height - 8))), 4.5)
-
-    def assert_frames_stand_out(self):
-        for role, name in (("text", "Server URL:"), ("password text", "Client Secret:"),
-                           ("check box", "Save credentials")):
-            x, y, width, height = self.screen.area(self.screen.control(role, name))
-            if role == "check box":
-                width = height  # The box alone.
-            self.assertGreaterEqual(text_contrast(colors_of((x, y, width, height))), 3, name)
 
     def test_without_a_portal_everything_is_light(self):
         self.accept_terms()

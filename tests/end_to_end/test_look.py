@@ -1,12 +1,13 @@
 # SPDX-License-Identifier: MIT
 """The desktop's font, text size, accent colour and contrast, and a focus that is seen."""
 
+import datetime
 import unittest
 
-from pictures import background, colors_of, contrast, text_contrast
+from pictures import background, colors_of, contrast, pixels, text_contrast
 from screen import NotFound, keys, type_text, wait_for
 from test_appearance import DARK, LIGHT, DesktopTest
-from world import STANDARD, write_settings
+from world import ACTIONS_SUITE, SHARED_SUITE, STANDARD, write_settings
 
 
 class Look(DesktopTest):
@@ -80,6 +81,7 @@ class Look(DesktopTest):
         wait_for(lambda: background(colors_of(self.window_area("Zarn Actions"))) == ground, "high contrast")
         for name, area in self.controls():
             self.assertGreaterEqual(text_contrast(colors_of(area)), 7, name)
+        self.assert_frames_stand_out(4.5)
 
     def test_high_contrast_in_light(self):
         self.assert_high_contrast(LIGHT, (255, 255, 255))
@@ -141,6 +143,37 @@ class Look(DesktopTest):
 
     def test_the_focus_is_seen_in_dark_high_contrast(self):
         self.assert_focus_is_seen(DARK, "contrast=1")
+
+    def assert_focus_is_seen_in_a_profile(self, *settings):
+        self.accept_terms()
+        write_settings(SHARED_SUITE, {"serversDict": {
+            "Production": {"server": "https://zarn.example:8443", "date": datetime.datetime(2026, 1, 5)}}})
+        write_settings(ACTIONS_SUITE, {"currentServer": "Production", "hideCreds": 1})
+        self.portal(*settings)
+        self.start()
+        # The menu has the keyboard first, and its ring may be on the screen a moment longer.
+        for role, name in (("push button", "hide username/password fields"), ("combo box", "Production")):
+            self.assert_ring_appears(role, name)
+
+    def test_the_focus_is_seen_on_the_server_menu_and_the_triangle_in_light(self):
+        self.assert_focus_is_seen_in_a_profile(LIGHT)
+
+    def test_the_focus_is_seen_on_the_server_menu_and_the_triangle_in_dark(self):
+        self.assert_focus_is_seen_in_a_profile(DARK)
+
+    def test_a_style_that_the_user_forces_is_taken(self):
+        self.accept_terms()
+        looks = []
+        for environment in ({}, {"QT_STYLE_OVERRIDE": "windows"}):
+            program = self.start_program(environment=environment).wait_for_window()
+            button = program.screen.control("push button", "Cancel")
+            wait_for(lambda: len(colors_of(program.screen.area(button))) > 3, "a painted button")
+            x, y, _, _ = program.screen.area(button)
+            looks.append(pixels((x, y, 40, 16)))
+            self.assertEqual(program.errors(), "")
+            program.process.terminate()
+            program.ended()
+        self.assertNotEqual(*looks)
 
 
 if __name__ == "__main__":
