@@ -278,7 +278,8 @@ class LifeTest(unittest.TestCase):
     def register(self, root):
         """The demonstration server is registered in the window of the installed program."""
         folder = scratch("programs-")
-        os.symlink(BUILD + "/zarn-pro-demo", folder + "/zarn-pro-demo")
+        for name in ("zarn-pro-demo", "generated"):
+            os.symlink(f"{BUILD}/{name}", f"{folder}/{name}")
         for program in ("zarn-actions", "zarn-profile"):
             with open(f"{folder}/{program}", "w", encoding="utf-8") as file:
                 words = " ".join("'" + word.replace("'", "'\\''") + "'" for word in root.command(program))
