@@ -4,6 +4,7 @@
 #include <QApplication>
 #include <QVariant>
 #include <QWidget>
+#include <QWindow>
 
 #include <utility>
 
@@ -46,6 +47,14 @@ void KeptFocus::giveToNext()
 {
     if (!isOwner() || !isParked())
         return;
+    // Under an alert. On Wayland the toolkit may take this window for the active one a moment
+    // longer, and would take the keyboard from the alert.
+    if (QApplication::activeWindow() != m_widget.window()) {
+        QObject::connect(
+            qApp, &QGuiApplication::focusWindowChanged, &m_widget, [this] { giveToNext(); },
+            static_cast<Qt::ConnectionType>(Qt::QueuedConnection | Qt::SingleShotConnection));
+        return;
+    }
     // A window that gets a focus asks for the keyboard, which on Wayland takes it from the alert.
     if (const auto* modal = QApplication::activeModalWidget();
         modal && modal != m_widget.window()) {

@@ -25,6 +25,7 @@ public:
     void park();
     /// If the control has the focus, it goes to the next control that can take it, back in the
     /// event loop: what is hidden together goes one by one, and what takes its place comes later.
+    /// While another window is active, once this one is again.
     void handOn();
     /// The control has the focus again, if it gave it up last and the user has not moved it since.
     void restore();

@@ -47,6 +47,23 @@ TEST_F(KeptFocusTest, WhatIsHiddenHandsTheFocusToTheNextControl)
     EXPECT_EQ(second.left, std::vector{focusMovedByCode});
 }
 
+TEST_F(KeptFocusTest, TheKeyboardIsNotTakenFromAnotherWindow)
+{
+    {
+        QLineEdit alert;
+        alert.show();
+        alert.activateWindow();
+        ASSERT_TRUE(QTest::qWaitForWindowActive(&alert));
+        secondFocus.handOn();
+        second.hide();
+        settle();
+        EXPECT_EQ(second.window()->focusWidget(), second.window());
+        EXPECT_EQ(QApplication::activeWindow(), &alert);
+    }
+    second.window()->activateWindow();
+    EXPECT_TRUE(QTest::qWaitFor([&] { return third.hasFocus(); }));
+}
+
 TEST_F(KeptFocusTest, TheNextControlIsOneThatTabWouldGoTo)
 {
     third.setFocusPolicy(Qt::ClickFocus);
