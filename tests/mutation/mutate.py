@@ -110,7 +110,7 @@ class Build:
             if folder_of_file in FOLDERS:
                 self.commands[file] = compiler_options(entry["command"])
             elif folder_of_file.startswith("tests/"):
-                target = re.search(r"/CMakeFiles/(\w+)\.dir/", entry["command"]).group(1)
+                target = re.search(r" -o \S*/CMakeFiles/(\w+)\.dir/", entry["command"]).group(1)
                 self.programs[folder_of_file.removeprefix("tests/")].add(target)
         self.sources = sorted(self.commands, key=lambda file: (FOLDERS.index(file.split("/")[0]), file))
 

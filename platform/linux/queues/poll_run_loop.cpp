@@ -17,7 +17,7 @@ namespace zarn::linux_backend {
 namespace {
 
 constexpr std::chrono::milliseconds tick{20};
-constexpr std::chrono::milliseconds forEver{-1};
+constexpr std::chrono::milliseconds forever{-1};
 constexpr std::array<int, 4> interruptions{SIGINT, SIGTERM, SIGHUP, SIGQUIT};
 
 // A signal handler reaches nothing but what is static.
@@ -120,7 +120,7 @@ bool PollRunLoop::runUntil(const std::function<bool()>& done)
         if (const auto work = takeSubmitted())
             work();
         else
-            sleep(forEver, -1);
+            sleep(forever, -1);
     }
     return true;
 }
@@ -149,7 +149,7 @@ bool PollRunLoop::waitForInput(int descriptor)
         pollfd input{descriptor, POLLIN, 0};
         if (::poll(&input, 1, 0) > 0)
             return true;
-        sleep(forEver, descriptor);
+        sleep(forever, descriptor);
     }
     return false;
 }
