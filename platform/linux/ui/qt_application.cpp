@@ -3,7 +3,7 @@
 
 #include "platform/linux/ui/qt_accessible_widgets.h"
 #include "platform/linux/ui/qt_appearance.h"
-#include "platform/linux/ui/qt_discreet_application.h"
+#include "platform/linux/ui/qt_password_masking.h"
 
 #include <QAction>
 #include <QApplication>
@@ -48,7 +48,7 @@ std::unique_ptr<QApplication> makeApplication(int& argc, char** argv)
     QCoreApplication::setApplicationName("zarn-actions");
     QGuiApplication::setApplicationDisplayName({});
     QGuiApplication::setDesktopFileName("com.zarn.ZarnActions");
-    auto application = std::make_unique<DiscreetApplication>(argc, argv);
+    auto application = std::make_unique<PasswordMaskingApplication>(argc, argv);
     application->setQuitOnLastWindowClosed(false);
     installAccessibleWidgets();
     QApplication::setWindowIcon(applicationIcon());

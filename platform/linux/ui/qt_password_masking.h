@@ -13,14 +13,14 @@
 /// The toolkit itself sends it the letters of each change of a field, and each key press. Here both
 /// become asterisks where the field hides its text. The keys that command a screen reader, Insert
 /// or Caps Lock with another key, are passed on as they are. Main thread only.
-class DiscreetApplication final : public QApplication {
+class PasswordMaskingApplication final : public QApplication {
     Q_OBJECT
 
 public:
-    DiscreetApplication(int& argc, char** argv);
-    ~DiscreetApplication() override;
-    DiscreetApplication(const DiscreetApplication&) = delete;
-    DiscreetApplication& operator=(const DiscreetApplication&) = delete;
+    PasswordMaskingApplication(int& argc, char** argv);
+    ~PasswordMaskingApplication() override;
+    PasswordMaskingApplication(const PasswordMaskingApplication&) = delete;
+    PasswordMaskingApplication& operator=(const PasswordMaskingApplication&) = delete;
 
     bool notify(QObject* receiver, QEvent* event) override;
 

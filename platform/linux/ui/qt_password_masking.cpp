@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/ui/qt_discreet_application.h"
+#include "platform/linux/ui/qt_password_masking.h"
 
 #include <QAccessible>
 #include <QLineEdit>
@@ -97,19 +97,19 @@ bool isText(const QKeyEvent& key)
 
 } // namespace
 
-DiscreetApplication::DiscreetApplication(int& argc, char** argv)
+PasswordMaskingApplication::PasswordMaskingApplication(int& argc, char** argv)
     : QApplication(argc, argv)
     , m_lastNumber(firstNumber)
 {
     QAccessible::installUpdateHandler(maskSecretText);
 }
 
-DiscreetApplication::~DiscreetApplication()
+PasswordMaskingApplication::~PasswordMaskingApplication()
 {
     QAccessible::installUpdateHandler(nullptr);
 }
 
-bool DiscreetApplication::notify(QObject* receiver, QEvent* event)
+bool PasswordMaskingApplication::notify(QObject* receiver, QEvent* event)
 {
     if (event->type() == QEvent::FocusIn && receiver->isWidgetType())
         m_sinceTab.invalidate();
@@ -125,7 +125,7 @@ bool DiscreetApplication::notify(QObject* receiver, QEvent* event)
     return QApplication::notify(receiver, event);
 }
 
-bool DiscreetApplication::mustHide(const QKeyEvent& key)
+bool PasswordMaskingApplication::mustHide(const QKeyEvent& key)
 {
     const auto code = key.nativeScanCode();
     if (key.type() == QEvent::KeyRelease) {
@@ -144,7 +144,7 @@ bool DiscreetApplication::mustHide(const QKeyEvent& key)
 
 // The registry is asked about each key before it is delivered, so that a Tab may still be on its
 // way when the first letter of a password is typed.
-bool DiscreetApplication::isTypedIntoSecretField(const QKeyEvent& key) const
+bool PasswordMaskingApplication::isTypedIntoSecretField(const QKeyEvent& key) const
 {
     const bool tabIsOnItsWay = m_sinceTab.isValid() && !m_sinceTab.hasExpired(registryLimitMs);
     return m_heldCommands.empty() && isText(key) && (tabIsOnItsWay || hidesItsText(focusWidget()));
@@ -152,7 +152,7 @@ bool DiscreetApplication::isTypedIntoSecretField(const QKeyEvent& key) const
 
 // The toolkit asks the registry and delivers the key later, after those before it, or never when a
 // screen reader consumes it. So the order of the keys is the toolkit's also here.
-bool DiscreetApplication::sendHidden(QObject* window, QKeyEvent& key)
+bool PasswordMaskingApplication::sendHidden(QObject* window, QKeyEvent& key)
 {
     HiddenKey hidden(key, ++m_lastNumber);
     // Not spontaneous, or the toolkit would pass it on.
@@ -166,7 +166,7 @@ bool DiscreetApplication::sendHidden(QObject* window, QKeyEvent& key)
     return result;
 }
 
-bool DiscreetApplication::sendAsTyped(QObject* widget, QKeyEvent& hidden)
+bool PasswordMaskingApplication::sendAsTyped(QObject* widget, QKeyEvent& hidden)
 {
     const auto typed = m_hidden.find(hidden.nativeScanCode());
     if (typed == m_hidden.end())

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-#include "platform/linux/ui/qt_discreet_application.h"
+#include "platform/linux/ui/qt_password_masking.h"
 
 #include <QHBoxLayout>
 #include <QLineEdit>
@@ -54,9 +54,9 @@ private:
     std::deque<std::pair<QObject*, std::unique_ptr<QKeyEvent>>> m_waiting;
 };
 
-class DiscreetApplicationTest : public testing::Test {
+class PasswordMaskingApplicationTest : public testing::Test {
 protected:
-    DiscreetApplicationTest()
+    PasswordMaskingApplicationTest()
     {
         auto* layout = new QHBoxLayout(&m_window);
         layout->addWidget(&open);
@@ -87,7 +87,7 @@ private:
     char m_name[14] = "discreet_test";
     char* m_values[2] = {m_name, nullptr};
     int m_count = 1;
-    DiscreetApplication m_application{m_count, m_values};
+    PasswordMaskingApplication m_application{m_count, m_values};
     QWidget m_window;
 
 protected:
@@ -96,7 +96,7 @@ protected:
     Bridge bridge;
 };
 
-TEST_F(DiscreetApplicationTest, LettersOfAPasswordAreHeardAsAsterisks)
+TEST_F(PasswordMaskingApplicationTest, LettersOfAPasswordAreHeardAsAsterisks)
 {
     secret.setFocus();
     type("pa s");
@@ -105,7 +105,7 @@ TEST_F(DiscreetApplicationTest, LettersOfAPasswordAreHeardAsAsterisks)
     EXPECT_EQ(bridge.reported, QStringList(8, "42*"));
 }
 
-TEST_F(DiscreetApplicationTest, LettersOfOtherFieldsAreHeardAsTheyAre)
+TEST_F(PasswordMaskingApplicationTest, LettersOfOtherFieldsAreHeardAsTheyAre)
 {
     open.setFocus();
     type("jane");
@@ -113,7 +113,7 @@ TEST_F(DiscreetApplicationTest, LettersOfOtherFieldsAreHeardAsTheyAre)
     EXPECT_EQ(bridge.heard, "jane");
 }
 
-TEST_F(DiscreetApplicationTest, KeysKeepTheirOrderBesideASlowRegistry)
+TEST_F(PasswordMaskingApplicationTest, KeysKeepTheirOrderBesideASlowRegistry)
 {
     bridge.isSlow = true;
     secret.setFocus();
@@ -125,7 +125,7 @@ TEST_F(DiscreetApplicationTest, KeysKeepTheirOrderBesideASlowRegistry)
     EXPECT_EQ(secret.text(), "pass");
 }
 
-TEST_F(DiscreetApplicationTest, AKeyThatAScreenReaderConsumesIsNotTyped)
+TEST_F(PasswordMaskingApplicationTest, AKeyThatAScreenReaderConsumesIsNotTyped)
 {
     bridge.isSlow = true;
     secret.setFocus();
@@ -136,7 +136,7 @@ TEST_F(DiscreetApplicationTest, AKeyThatAScreenReaderConsumesIsNotTyped)
     EXPECT_EQ(secret.text(), "b");
 }
 
-TEST_F(DiscreetApplicationTest, ALetterRightAfterTheTabThatLeadsToAPasswordIsHidden)
+TEST_F(PasswordMaskingApplicationTest, ALetterRightAfterTheTabThatLeadsToAPasswordIsHidden)
 {
     bridge.isSlow = true;
     open.setFocus();
@@ -149,7 +149,7 @@ TEST_F(DiscreetApplicationTest, ALetterRightAfterTheTabThatLeadsToAPasswordIsHid
     EXPECT_EQ(open.text(), "j");
 }
 
-TEST_F(DiscreetApplicationTest, TheReleaseOfAHiddenKeyIsHiddenWhereverTheFocusIs)
+TEST_F(PasswordMaskingApplicationTest, TheReleaseOfAHiddenKeyIsHiddenWhereverTheFocusIs)
 {
     secret.setFocus();
     send(QTest::Press, Qt::Key_S, "s");
@@ -158,7 +158,7 @@ TEST_F(DiscreetApplicationTest, TheReleaseOfAHiddenKeyIsHiddenWhereverTheFocusIs
     EXPECT_EQ(bridge.reported, QStringList(2, "42*"));
 }
 
-TEST_F(DiscreetApplicationTest, CommandsOfAScreenReaderAreHeardAsTheyAre)
+TEST_F(PasswordMaskingApplicationTest, CommandsOfAScreenReaderAreHeardAsTheyAre)
 {
     secret.setFocus();
     for (const auto command : {Qt::Key_Insert, Qt::Key_CapsLock}) {
@@ -174,7 +174,7 @@ TEST_F(DiscreetApplicationTest, CommandsOfAScreenReaderAreHeardAsTheyAre)
     EXPECT_EQ(bridge.heard, "1");
 }
 
-TEST_F(DiscreetApplicationTest, ACommandKeyThatIsReleasedElsewhereHidesNothingLess)
+TEST_F(PasswordMaskingApplicationTest, ACommandKeyThatIsReleasedElsewhereHidesNothingLess)
 {
     secret.setFocus();
     send(QTest::Press, Qt::Key_Insert);
