@@ -27,20 +27,18 @@ std::string base64Encoded(std::string_view bytes)
 std::optional<std::string> base64Decoded(std::string_view text)
 {
     std::string bytes;
-    bytes.reserve(text.size() / 4 * 3);
     for (; text.size() >= 4; text.remove_prefix(4)) {
-        const std::size_t padding = text.size() > 4 || text[3] != '=' ? 0U
-            : text[2] == '='                                          ? 2U
-                                                                      : 1U;
-        std::uint32_t group = 0;
+        const bool isPadded = text.size() == 4 && text[3] == '=';
+        const std::size_t padding = !isPadded ? 0U : text[2] == '=' ? 2U : 1U;
+        std::uint32_t bits = 0;
         for (std::size_t i = 0; i < 4 - padding; ++i) {
             const auto digit = alphabet.find(text[i]);
             if (digit == std::string_view::npos)
                 return std::nullopt;
-            group |= static_cast<std::uint32_t>(digit) << (18 - 6 * i);
+            bits |= static_cast<std::uint32_t>(digit) << (18 - 6 * i);
         }
         for (std::size_t i = 0; i < 3; ++i) {
-            const auto byte = static_cast<char>((group >> (16 - 8 * i)) & 0xFFU);
+            const auto byte = static_cast<char>((bits >> (16 - 8 * i)) & 0xFFU);
             if (i < 3 - padding)
                 bytes += byte;
             else if (byte != 0)
