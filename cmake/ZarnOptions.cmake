@@ -10,7 +10,9 @@ add_library(zarn_options INTERFACE)
 target_compile_features(zarn_options INTERFACE cxx_std_20)
 target_include_directories(zarn_options INTERFACE "${PROJECT_SOURCE_DIR}" "${PROJECT_BINARY_DIR}/generated")
 target_compile_options(zarn_options INTERFACE
-    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -fstack-protector-strong)
+    -Wall -Wextra -Wpedantic -Wconversion -Wshadow -fstack-protector-strong
+    # Everywhere, because some libraries ask for it and precompiled headers must agree.
+    -pthread)
 if(CMAKE_BUILD_TYPE MATCHES "Rel" AND NOT ZARN_SANITIZE)
     target_compile_definitions(zarn_options INTERFACE _FORTIFY_SOURCE=2)
 endif()
@@ -44,7 +46,9 @@ endif()
 # zarn_add_library(NAME [HEADERS ...] [SOURCES ...] [PUBLIC ...] [PRIVATE ...] [PRECOMPILE ...])
 # A static library, or one of headers alone. That x.h compiles on its own is proved by x.cpp, which
 # includes it first (CheckIncludes.cmake sees to that). The target all_verify_interface_header_sets
-# compiles the headers that have no such source, and all of a library with precompiled headers.
+# compiles the headers that have no such source, and all of a library that precompiles headers of its
+# own. The others share those of zarn_base, which are the standard library's. Only the preset "release"
+# precompiles: with the others a source that misses an include is found.
 function(zarn_add_library name)
     cmake_parse_arguments(arg "" "" "HEADERS;SOURCES;PUBLIC;PRIVATE;PRECOMPILE" ${ARGN})
     set(visible PUBLIC)
@@ -59,6 +63,9 @@ function(zarn_add_library name)
     if(arg_PRECOMPILE)
         target_precompile_headers(${name} PRIVATE ${arg_PRECOMPILE})
     else()
+        if(arg_SOURCES AND NOT name STREQUAL "zarn_base")
+            target_precompile_headers(${name} REUSE_FROM zarn_base)
+        endif()
         string(REGEX REPLACE "[.]cpp(;|$)" ".h\\1" with_source "${arg_SOURCES}")
         list(REMOVE_ITEM to_verify ${with_source})
     endif()
