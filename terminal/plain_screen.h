@@ -82,7 +82,7 @@ private:
     unsigned m_modifierFlags = 0;
 };
 
-/// Nobody is told anything.
+/// Delivers nothing to anybody.
 class PlainNotificationCenter final : public DistributedNotificationCenter {
 public:
     void addObserver(const void*, std::string_view, std::function<void()>) override { }

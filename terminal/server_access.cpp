@@ -125,7 +125,7 @@ Result<Value::Dictionary, AccessResult> ServerAccess::call(
     auto& [object, cause] = **reply;
     if (cause.empty())
         return std::move(object);
-    // Without a response there is no object at all. One without content is none either.
+    // Without a response there is no object at all. A reply without content has none either.
     const auto status = object.find("ZPAPI_response");
     if (status == object.end())
         return AccessResult{ExitCode::NotReachable, cause};

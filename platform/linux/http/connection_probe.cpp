@@ -221,7 +221,7 @@ ConnectionFacts probeConnection(const Url& url)
     facts.refusal = probe.connect();
     facts.found
         = {{"server", address.origin()}, {"proxy", probe.proxy().empty() ? "none" : probe.proxy()},
-            // The proxy is told the name.
+            // The name goes to the proxy.
             {"addresses", probe.proxy().empty() ? addressesOf(address.host) : "left to the proxy"}};
     if (address.https)
         facts.found.emplace_back("authorities", authorities());

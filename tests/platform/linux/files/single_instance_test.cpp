@@ -408,7 +408,7 @@ TEST_F(SingleInstanceTest, WhatAnEarlierHolderSaidOfItselfDoesNotCount)
         first.kill();
         ASSERT_EQ(first.exitCode(), -SIGKILL);
     }
-    // Locks the file, and says what it is only once it is told to.
+    // Locks the file, and says what it is only when asked to.
     OtherProcess slow([path = path](int toUs, int fromUs) {
         const int file = ::open(path.c_str(), O_RDWR | O_CLOEXEC);
         struct flock lock { };
